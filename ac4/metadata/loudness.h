@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "ac4/oamd/enclosed_fields.h"
+#include "ac4/oamd/field_forms.h"
 #include "ac4/syntax/field_reader.h"
 
 namespace mediasplit {

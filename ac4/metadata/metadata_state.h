@@ -52,6 +52,19 @@ void ac4_metadata_state_reset(Ac4MetadataState* state);
 MetadataSlot* metadata_substream_slot(Ac4MetadataState* state, int substream);
 MetadataSlot* metadata_presentation_slot(Ac4MetadataState* state, int presentation);
 
+inline constexpr float kDialnormStep = -0.25F;  // dB
+
+// Loudness in force for a frame: what it sent, or the last that was sent.
+struct LoudnessCarried {
+    float dialnorm = 0.0F;  // dB
+    FurtherLoudness loudness{};
+    bool changed = false;  // this frame's measurements differ from the last ones
+};
+
+// Takes a frame's dialogue level and measurements into its slot, in place of what the slot held.
+LoudnessCarried metadata_carry_loudness(MetadataSlot& slot, const CodedField& dialnorm_bits,
+                                        const FurtherLoudness& loudness);
+
 // The immersive stereo record of a substream, null if none was seen.
 const ImsInfo* ac4analyze_get_ims_info(const Ac4MetadataState* state, int substream);
 

@@ -69,16 +69,6 @@ struct OamdOaElement {
 };
 static_assert(sizeof(OamdOaElement) == 16);
 
-// An object's standing in the program, whatever the block.
-struct OamdObject {
-    OamdObjectRole role{};
-    std::uint8_t ducking_disabled = 0;
-    std::uint32_t sound_category = 0;
-    std::uint32_t gain_code = 0;
-    std::uint32_t spare = 0;
-};
-static_assert(sizeof(OamdObject) == 16);
-
 struct OamdInitInfo {
     int max_objects = 0;
     int bed_count = 0;

@@ -39,6 +39,16 @@ struct OamdObjectRole {
     std::uint8_t channel = 0;  // 0 to 16
 };
 
+// An object's standing in the program, whatever the block of metadata.
+struct OamdObject {
+    OamdObjectRole role{};
+    std::uint8_t ducking_disabled = 0;
+    std::uint32_t sound_category = 0;
+    std::uint32_t alt_data_sets = 0;
+    std::int32_t alt_gain_code = -1;  // of the first alternative data set, -1 for none
+};
+static_assert(sizeof(OamdObject) == 16);
+
 // Number of channels of a bed mask, bits beyond the 17 ignored.
 int AC4_ANALYZE_oamdi_get_bed_channels_count(std::uint32_t mask);
 
@@ -64,10 +74,10 @@ int oamd_prog_assign_object_count(const OamdProgAssign& assign);
 // 1 if the assignment needs more than `num_objects` objects, else 0.
 int AC4_ANALYZE_oamdi_prog_assign_check_num_objs(const OamdProgAssign& assign, int num_objects);
 
-// Gives each of `max_objects` roles what the assignment says: beds first, in mask order, then ISF
-// and dynamic objects; roles behind them are unset. 0; 1, and the roles as they were, if the
-// assignment needs more objects.
-int AC4_ANALYZE_apply_prog_assign(const OamdProgAssign& assign, OamdObjectRole* roles,
+// Gives each of `max_objects` objects the role that the assignment says: beds first, in mask order,
+// then ISF and dynamic objects; those behind them are unset. 0; 1, and the objects as they were, if
+// the assignment needs more of them.
+int AC4_ANALYZE_apply_prog_assign(const OamdProgAssign& assign, OamdObject* objects,
                                   int max_objects);
 
 }  // namespace mediasplit

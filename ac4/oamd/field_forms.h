@@ -1,10 +1,18 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "ac4/syntax/field_reader.h"
 
 namespace mediasplit {
+
+// Forms in which AC-4 metadata puts its fields together.
+
+// A field of at most 8 bits.
+inline std::uint8_t read_byte(FieldReader& in, int n) {
+    return static_cast<std::uint8_t>(read_field(in, n));
+}
 
 // A coded value behind a presence flag. `present` is false and `value` 0 when it was not sent.
 struct CodedField {
@@ -28,6 +36,18 @@ inline std::uint64_t read_extensible_size(FieldReader& in, int n, int more) {
     const std::uint64_t high = read_flag(in) ? read_variable_bits(in, more) : 0;
     return low + (high << n);
 }
+
+// Reader over a whole substream. Stays where it is, since the reader points into it.
+struct SubstreamReader {
+    SubstreamReader(const std::uint8_t* data, std::size_t bytes) {
+        orv_bitbuf_init(&bits, data, static_cast<std::int64_t>(bytes) * 8);
+    }
+    SubstreamReader(const SubstreamReader&) = delete;
+    SubstreamReader& operator=(const SubstreamReader&) = delete;
+
+    orv_bitbuf bits;
+    FieldReader in{&bits, nullptr, FieldError::kNone};
+};
 
 // Lets `parse` read a structure of `size` bits that stands inside `in`, and resumes behind it
 // whatever was read: the size rules, the structure may have grown or be cut. The return is what
