@@ -6,6 +6,7 @@
 #include "ac4/metadata/huffdec.h"
 #include "ac4/metadata/huffman_trees.h"
 #include "ac4/metadata/metadata_codes.h"
+#include "ac4/oamd/field_forms.h"
 
 namespace mediasplit {
 namespace {
