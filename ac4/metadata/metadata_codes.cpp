@@ -3,16 +3,10 @@
 namespace mediasplit {
 
 std::uint32_t metadata_code(FieldError error) {
-    switch (error) {
-        case FieldError::kNone:
-            return kMetadataOk;
-        case FieldError::kTooLong:
-            return kMetadataTooLong;
-        case FieldError::kRanOut:
-        case FieldError::kHook:
-            break;
+    if (error == FieldError::kNone) {
+        return kMetadataOk;
     }
-    return kMetadataRanOut;
+    return error == FieldError::kTooLong ? kMetadataTooLong : kMetadataRanOut;
 }
 
 }  // namespace mediasplit
