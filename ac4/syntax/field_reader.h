@@ -37,8 +37,8 @@ inline bool field_ok(const FieldReader& in) {
     return in.error == FieldError::kNone;
 }
 
-// Reads n bits, n at most 32, and shows them to the hook if there is one: 0, or 1 if the data ran out
-// or the hook asked to stop (its `error` is then set).
+// Reads n bits, n at most 32, and shows them to the hook if there is one: 0, or 1 if the data ran
+// out or the hook asked to stop (its `error` is then set).
 [[nodiscard]] int read_and_fill_hash_chunk(orv_bitbuf* bits, int n, HashRecord* hash,
                                            std::uint32_t* value);
 

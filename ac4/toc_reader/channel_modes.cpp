@@ -53,8 +53,8 @@ std::int32_t channel_mode_of_bitmap(std::uint32_t bitmap) {
 }
 
 std::uint32_t join_bitmaps(std::uint32_t a, std::uint32_t b) {
-    const bool mono_and_stereo = (a == kMonoBitmap && b == kStereoBitmap) ||
-                                 (a == kStereoBitmap && b == kMonoBitmap);
+    const bool mono_and_stereo =
+        (a == kMonoBitmap && b == kStereoBitmap) || (a == kStereoBitmap && b == kMonoBitmap);
     return mono_and_stereo ? kStereoBitmap : a | b;
 }
 

@@ -6,8 +6,8 @@
 
 namespace mediasplit {
 
-// One row of the channel mode table. The code is the prefix code of the bitstream, taken as a number
-// and shifted left by one, with mono written as 2.
+// One row of the channel mode table. The code is the prefix code of the bitstream, taken as a
+// number and shifted left by one, with mono written as 2.
 struct ChannelMode {
     std::int32_t code = 0;
     std::int32_t channels = 0;
@@ -33,7 +33,7 @@ inline constexpr std::int32_t kMode904 = 1016;
 inline constexpr std::int32_t kMode914 = 1018;
 inline constexpr std::int32_t kMode222 = 1020;
 inline constexpr std::int32_t kModeEscape = 1022;
-inline constexpr std::int32_t kModeImmersiveStereo = 8;         // presentation_version 2
+inline constexpr std::int32_t kModeImmersiveStereo = 8;  // presentation_version 2
 inline constexpr std::int32_t kModeImmersiveStereoObjects = 10;
 
 // The row of a code, or null for a code that is assigned to nothing.
@@ -54,8 +54,8 @@ std::int32_t core_channel_mode(std::int32_t code);
 // presentation_version 2 gives the codes of 3/4/0 and 3/4/0.1 to the two kinds of immersive stereo.
 std::int32_t channel_mode_in_presentation(std::int32_t code, std::int32_t presentation_version);
 
-// Reads channel_mode (ETSI TS 103 190-1 clause 4.3.3.4.1, TS 103 190-2 clause 6.3.2.7.2). The escape
-// is the 7-bit code of all ones before bitstream_version 2 and the 9-bit one from there on.
+// Reads channel_mode (ETSI TS 103 190-1 clause 4.3.3.4.1, TS 103 190-2 clause 6.3.2.7.2). The
+// escape is the 7-bit code of all ones before bitstream_version 2 and the 9-bit one from there on.
 std::int32_t read_channel_mode(TocParser& parser);
 
 }  // namespace mediasplit

@@ -15,8 +15,8 @@ constexpr std::int32_t kRoleDialogue = 1;
 constexpr std::int32_t kRoleAssociate = 2;
 constexpr std::int32_t kRoleDialogueEnhancement = 3;
 
-// By presentation_config: type code, groups declared, groups used, roles in slot order. Rows 5 and 6
-// and those behind them have no groups of their own.
+// By presentation_config: type code, groups declared, groups used, roles in slot order. Rows 5 and
+// 6 and those behind them have no groups of their own.
 constexpr std::array<ConfigFacts, 5> kConfigs = {{
     {6, 2, 2, {kRoleMain, kRoleDialogue, 0}},
     {2, 2, 1, {kRoleMain, kRoleDialogueEnhancement, 0}},
@@ -28,7 +28,8 @@ constexpr std::array<ConfigFacts, 5> kConfigs = {{
 constexpr std::array<std::int32_t, 6> kInlineSubstreamCount = {2, 2, 2, 3, 3, 1};
 
 std::int32_t read_config(TocParser& parser) {
-    return static_cast<std::int32_t>(limited(parser, read_extended(parser.in, 3, 7, 2), kMostConfig));
+    return static_cast<std::int32_t>(
+        limited(parser, read_extended(parser.in, 3, 7, 2), kMostConfig));
 }
 
 std::int32_t read_presentation_version(TocParser& parser) {

@@ -88,9 +88,8 @@ void take_assignment(const ObjectAssignment& assignment, SubstreamDescription* s
     ext.isf_config = assignment.isf_config;
     ext.has_bed_objects = assignment.bed_channels > 0;
     ext.has_isf_objects = assignment.isf_objects > 0;
-    ext.has_dynamic_objects =
-        assignment.dynamic_only ||
-        assignment.bed_channels + assignment.isf_objects < ext.n_umx_objects;
+    ext.has_dynamic_objects = assignment.dynamic_only ||
+                              assignment.bed_channels + assignment.isf_objects < ext.n_umx_objects;
     substream->info.channel_mask = assignment.std_mask;
     substream->info.nonstd_mask = assignment.nonstd_mask;
 }

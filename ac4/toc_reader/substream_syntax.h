@@ -18,8 +18,8 @@ struct GroupContext {
     std::int32_t presentation_version = 0;
 };
 
-// ac4_substream_info (ETSI TS 103 190-1 clause 4.2.3.4) of bitstream versions 0 and 1. A channel mode
-// with no known layout is refused with kTocUnsupported.
+// ac4_substream_info (ETSI TS 103 190-1 clause 4.2.3.4) of bitstream versions 0 and 1. A channel
+// mode with no known layout is refused with kTocUnsupported.
 SubstreamDescription get_substream_info(TocParser& parser, std::int32_t frame_rate_factor);
 
 // ac4_hsf_ext_substream_info: the index of the extension.

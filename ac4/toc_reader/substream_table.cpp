@@ -40,6 +40,7 @@ int read_substream_table(TocParser& parser, SubstreamTable* table) {
     table->payload_start =
         static_cast<std::uint64_t>(field_position(parser.in) / 8) + parser.head.payload_base;
     table->known = true;
+    table->usable = parser_ok(parser);
     table->result = parser_result(parser);
     return table->result;
 }

@@ -50,12 +50,14 @@ struct TocParser {
     FieldReader in;
     TocHead head;
     TocMode mode = TocMode::kStrict;
-    int code = kTocOk;                // what stopped the parse, if a value did
-    int deferred = kTocOk;            // tolerant mode: the first error that did not stop it
-    MaskedRanges* masked = nullptr;   // takes the EMDF protection fields, if given
+    int code = kTocOk;               // what stopped the parse, if a value did
+    int deferred = kTocOk;           // tolerant mode: the first error that did not stop it
+    MaskedRanges* masked = nullptr;  // takes the EMDF protection fields, if given
 };
 
-inline bool parser_ok(const TocParser& parser) { return field_ok(parser.in); }
+inline bool parser_ok(const TocParser& parser) {
+    return field_ok(parser.in);
+}
 
 // Ends the parse with `code` in either mode.
 void stop(TocParser& parser, int code);
@@ -75,11 +77,13 @@ std::int32_t read_substream_index(TocParser& parser);
 // n_add_emdf_substreams: 2 bits, of which 0 goes on as variable_bits(2) + 4.
 std::uint32_t read_emdf_count(TocParser& parser);
 
-// frame_rate_multiply_info and frame_rate_fractions_info (ETSI TS 103 190-2 clauses 6.3.2.2, 6.3.2.3).
+// frame_rate_multiply_info and frame_rate_fractions_info (ETSI TS 103 190-2
+// clauses 6.3.2.2, 6.3.2.3).
 std::int32_t read_frame_rate_multiply(TocParser& parser);
 std::int32_t read_frame_rate_fraction(TocParser& parser, std::int32_t frame_rate_multiply);
 
-// emdf_info with its protection fields, whose place goes to `masked` (TS 103 190-1 clause 4.2.14.14).
+// emdf_info with its protection fields, whose place goes to `masked` (TS 103 190-1
+// clause 4.2.14.14).
 EmdfSubstream read_emdf_info(TocParser& parser);
 
 // presentation_config_ext_info, stepped over; the skip bytes.

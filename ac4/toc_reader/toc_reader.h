@@ -14,9 +14,10 @@
 namespace mediasplit {
 
 // Lazy reader of AC-4 tables of contents (ETSI TS 103 190-1 clause 4.2.3, TS 103 190-2 clause
-// 6.2.1). Per frame: feed it, let AC4_ANALYZE_ac4toc_reader_get_presentation_selection_info walk the
-// table once, then ask anything in any order; queries start from cached bit positions. A frame whose
-// table equals the last one's, but for fields that change with every frame, isn't walked at all.
+// 6.2.1). Per frame: feed it, let AC4_ANALYZE_ac4toc_reader_get_presentation_selection_info walk
+// the table once, then ask anything in any order; queries start from cached bit positions. A frame
+// whose table equals the last one's, but for fields that change with every frame, isn't walked at
+// all.
 //
 // Operations return the kToc... codes. In tolerant mode an error that leaves the syntax readable is
 // parked and returned at the end of the call, with as many fields filled as possible.
@@ -27,6 +28,13 @@ struct GroupWalk {
     std::int32_t presentation_version = 0;
     std::uint32_t next_substream = 0;
     std::int64_t position = 0;
+};
+
+// The substream that was asked for last.
+struct LastSubstream {
+    std::int32_t presentation = kNoIndex;
+    std::int32_t substream = kNoIndex;
+    SubstreamDescription description;
 };
 
 // The table that the next frame's is compared with.
@@ -47,8 +55,8 @@ struct Ac4TocReader {
     std::int64_t frame_bytes = 0;
     TocHead head;
     BrcalcOutput rate;
-    bool rate_known = false;      // the rate calculation has seen this frame
-    bool positions_known = false; // the caches below hold for this frame
+    bool rate_known = false;       // the rate calculation has seen this frame
+    bool positions_known = false;  // the caches below hold for this frame
     SubstreamTable table;
 
     // From frame to frame.
@@ -57,7 +65,7 @@ struct Ac4TocReader {
     std::int32_t bit_rate_mode = 0;
 
     // Positions, 0 for unknown.
-    std::array<std::uint32_t, kMaxTocPresentations> presentation_positions{};
+    std::array<std::int64_t, kMaxTocPresentations> presentation_positions{};
     bool groups_known = false;
     std::int32_t n_substream_groups = 0;
     std::int64_t groups_start = 0;
@@ -70,6 +78,7 @@ struct Ac4TocReader {
     PresentationDescription presentation;
     InlineSubstreams inline_substreams{};
     GroupWalk walk;
+    LastSubstream last_substream;
 
     bool toc_unchanged = false;
     StoredTable stored;
@@ -123,16 +132,16 @@ int AC4_ANALYZE_ac4toc_reader_get_presentation_selection_info(Ac4TocReader* read
 // counter, which counts up.
 int AC4_ANALYZE_ac4toc_reader_get_toc_info(Ac4TocReader* reader, TocInfo* info);
 
-// Presentation `index`, with its name, targets and channel layout; `_ext` gives the rest. 0; 4 for a
-// bad index.
+// Presentation `index`, with its name, targets and channel layout; `_ext` gives the rest. 0; 4 for
+// a bad index.
 int AC4_ANALYZE_ac4toc_reader_get_presentation_info(Ac4TocReader* reader, const TocInfo& toc,
                                                     std::int32_t index, PresentationInfo* info);
 int AC4_ANALYZE_ac4toc_reader_get_presentation_info_ext(Ac4TocReader* reader, const TocInfo& toc,
                                                         std::int32_t index,
                                                         PresentationInfoExt* info);
 
-// Substream `substream` of a presentation, counted through its groups; `_ext` gives object facts and
-// the segments in the frame. 0; 1 past the last one; 4 for a bad presentation.
+// Substream `substream` of a presentation, counted through its groups; `_ext` gives object facts
+// and the segments in the frame. 0; 1 past the last one; 4 for a bad presentation.
 int AC4_ANALYZE_ac4toc_reader_get_substream_info(Ac4TocReader* reader, std::int32_t presentation,
                                                  std::int32_t substream, SubstreamInfo* info);
 int AC4_ANALYZE_ac4toc_reader_get_substream_info_ext(Ac4TocReader* reader,
@@ -152,8 +161,8 @@ enum class TocParameter : int {
     kSubstreamTable = 3       // flag: its position is known
 };
 
-// Bit position of the parameter's flag (of the table's first bit for kSubstreamTable) and whether it
-// is there. 0; 3 for a bitstream_version other than 2; 4 for a bad index.
+// Bit position of the parameter's flag (of the table's first bit for kSubstreamTable) and whether
+// it is there. 0; 3 for a bitstream_version other than 2; 4 for a bad index.
 int AC4_ANALYZE_ac4toc_reader_get_param_presentation(Ac4TocReader* reader, TocParameter kind,
                                                      std::int32_t presentation, std::int32_t group,
                                                      std::int64_t* position, bool* flag);

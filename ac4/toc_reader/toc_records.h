@@ -80,7 +80,7 @@ struct TocTarget {
 
 struct PresentationInfo {
     bool decodable = false;
-    bool b_single_substream = false;            // a single substream (group)
+    bool b_single_substream = false;  // a single substream (group)
     std::int32_t presentation_version_plus1 = 0;
     std::int32_t type_code = 0;
     std::int32_t mdcompat_plus1 = 0;            // 0: not coded (EMDF only)
@@ -96,8 +96,8 @@ struct PresentationInfo {
     std::int32_t presentation_substream_group = kNoIndex;  // first group of the presentation
     std::int32_t frame_rate_multiply = 1;                  // 1, 2 or 4
     std::int32_t frame_rate_fraction = 1;                  // 1, 2 or 4
-    std::int32_t channel_mode = 0;                         // code, 0: not channel coded or no known layout
-    std::int32_t core_channel_mode = 0;                    // code, 0: none
+    std::int32_t channel_mode = 0;       // code, 0: not channel coded or no known layout
+    std::int32_t core_channel_mode = 0;  // code, 0: none
     bool lfe = false;
     bool all_channel_coded = false;
     bool has_objects = false;
@@ -134,25 +134,25 @@ enum class AudioType : std::int32_t { kChannels = 0, kAjoc = 1, kObjects = 2 };
 struct SubstreamInfo {
     bool lfe = false;
     std::int32_t channel_count = 0;
-    std::uint32_t channel_mask = 0;      // standard bed channels, 10 bits
-    std::uint32_t nonstd_mask = 0;       // single bed channels, 17 bits
+    std::uint32_t channel_mask = 0;  // standard bed channels, 10 bits
+    std::uint32_t nonstd_mask = 0;   // single bed channels, 17 bits
     std::uint32_t channel_bitmap = 0;
-    std::int32_t channel_mode = 0;       // code, 0 for objects
-    std::int32_t sample_rate = 0;        // Hz
-    std::int32_t sf_multiplier = 0;      // 0 base rate, 1 96 kHz, 2 192 kHz
+    std::int32_t channel_mode = 0;   // code, 0 for objects
+    std::int32_t sample_rate = 0;    // Hz
+    std::int32_t sf_multiplier = 0;  // 0 base rate, 1 96 kHz, 2 192 kHz
     bool b_bitrate_info = false;
     std::int32_t bitrate_indicator = 0;  // 0 to 19
     bool add_ch_base = false;
-    ContentType content;                 // of the group for bitstream_version 2
+    ContentType content;  // of the group for bitstream_version 2
     AudioType audio_type = AudioType::kChannels;
-    bool b_iframe = false;               // b_iframe or b_audio_ndot of the first frame
+    bool b_iframe = false;  // b_iframe or b_audio_ndot of the first frame
     std::int32_t sus_ver = 0;
     bool b_4_back_channels_present = false;
     bool b_centre_present = false;
-    std::int32_t top_channels_present = 0;         // as coded
+    std::int32_t top_channels_present = 0;  // as coded
     std::int32_t substream_index = kNoIndex;
     std::int32_t hsf_substream_index = kNoIndex;
-    std::int32_t group = kNoIndex;                 // substream group, none before version 2
+    std::int32_t group = kNoIndex;  // substream group, none before version 2
     std::int32_t index_in_group = 0;
 };
 
@@ -186,11 +186,11 @@ struct GroupInfo {
     bool b_oamd_ndot = false;
     std::int32_t oamd_substream_index = kNoIndex;
     ContentType content;
-    std::int64_t content_position = 0;   // bit position of b_content_type
-    std::int32_t common_code = 0;        // the channel mode code of all substreams, 0: they differ
-    std::uint32_t channel_bitmap = 0;    // of all substreams together
-    std::uint32_t core_bitmap = 0;       // of their core layouts
-    bool core_known = true;              // false: objects without a core layout
+    std::int64_t content_position = 0;  // bit position of b_content_type
+    std::int32_t common_code = 0;       // the channel mode code of all substreams, 0: they differ
+    std::uint32_t channel_bitmap = 0;   // of all substreams together
+    std::uint32_t core_bitmap = 0;      // of their core layouts
+    bool core_known = true;             // false: objects without a core layout
     bool lfe = false;
     bool b_4_back_channels_present = false;
     bool b_centre_present = false;
