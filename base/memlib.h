@@ -81,4 +81,42 @@ void memlib_alloc_objects(memlib* mem, int section, T** out, std::uint64_t count
     }
 }
 
+// The three passes of a library whose allocations make one permanent block. `allocate(mem, phase)`
+// is its sequence of memlib_alloc calls, the same in all three.
+
+template <typename Allocate>
+void memlib_run_block(memlib* mem, const Allocate& allocate, MemPhase phase) {
+    memlib_block_start(mem, kMemlibPermanent, phase);
+    allocate(mem, phase);
+    memlib_block_end(mem, kMemlibPermanent, phase);
+}
+
+// Bytes that memlib_open will need.
+template <typename Allocate>
+std::uint64_t memlib_query(const Allocate& allocate) {
+    memlib mem;
+    memlib_init(&mem);
+    memlib_run_block(&mem, allocate, MemPhase::kSizing);
+    return memlib_get_mem_section_size(&mem, kMemlibPermanent);
+}
+
+// Places the block in `memory`; the record returned belongs into the object just placed.
+template <typename Allocate>
+memlib memlib_open(void* memory, const Allocate& allocate) {
+    memlib mem;
+    memlib_init(&mem);
+    memlib_run_block(&mem, allocate, MemPhase::kSizing);
+    memlib_alloc_mem_section(&mem, kMemlibPermanent, memory, MemPhase::kAssigning);
+    memlib_run_block(&mem, allocate, MemPhase::kAssigning);
+    return mem;
+}
+
+// Undoes the accounting of `mem`, a copy of the object's record; the caller then frees its memory.
+template <typename Allocate>
+memlib memlib_close(memlib mem, const Allocate& allocate) {
+    memlib_run_block(&mem, allocate, MemPhase::kReleasing);
+    memlib_alloc_mem_section(&mem, kMemlibPermanent, nullptr, MemPhase::kReleasing);
+    return mem;
+}
+
 }  // namespace mediasplit

@@ -2,19 +2,26 @@
 
 namespace mediasplit {
 
+int read_and_fill_hash_chunk(orv_bitbuf* bits, int n, HashRecord* hash, std::uint32_t* value) {
+    if (orv_bitbuf_safe_read(bits, n, value) != 0) {
+        return 1;
+    }
+    if (hash != nullptr && hash->callback != nullptr &&
+        hash->callback(hash->user, *value, n) != 0) {
+        hash->error = 1;
+        return 1;
+    }
+    return 0;
+}
+
 std::uint32_t read_field(FieldReader& in, int n) {
     if (!field_ok(in)) {
         return 0;
     }
     std::uint32_t value = 0;
-    if (orv_bitbuf_safe_read(in.bits, n, &value) != 0) {
-        in.error = FieldError::kRanOut;
-        return 0;
-    }
-    if (in.hash != nullptr && in.hash->callback != nullptr &&
-        in.hash->callback(in.hash->user, value, n) != 0) {
-        in.hash->error = 1;
-        in.error = FieldError::kHook;
+    if (read_and_fill_hash_chunk(in.bits, n, in.hash, &value) != 0) {
+        const bool stopped = in.hash != nullptr && in.hash->error != 0;
+        in.error = stopped ? FieldError::kHook : FieldError::kRanOut;
         return 0;
     }
     return value;

@@ -15,7 +15,8 @@ enum class FieldError : int {
     kNone = 0,
     kRanOut = 1,   // the data ended before the element
     kTooLong = 2,  // variable_bits went on beyond 32 bits
-    kHook = 3      // the hash hook asked to stop
+    kHook = 3,     // the hash hook asked to stop
+    kRefused = 4   // the parser refused a value
 };
 
 // Optional listener that sees every element read, to fingerprint a part of the syntax. A non-zero
@@ -35,6 +36,11 @@ struct FieldReader {
 inline bool field_ok(const FieldReader& in) {
     return in.error == FieldError::kNone;
 }
+
+// Reads n bits, n at most 32, and shows them to the hook if there is one: 0, or 1 if the data ran
+// out or the hook asked to stop (its `error` is then set).
+[[nodiscard]] int read_and_fill_hash_chunk(orv_bitbuf* bits, int n, HashRecord* hash,
+                                           std::uint32_t* value);
 
 // n bits, n at most 32; 0 after a failure.
 std::uint32_t read_field(FieldReader& in, int n);

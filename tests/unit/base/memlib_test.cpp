@@ -138,5 +138,29 @@ TEST(Memlib, AssigningWithoutABlockGivesNullPointers) {
     EXPECT_EQ(memlib_get_version().major_number, 1U);
 }
 
+TEST(Memlib, QueryOpenAndCloseRunOneSequence) {
+    struct Object {
+        memlib arena;
+        std::uint8_t* buffer = nullptr;
+    };
+    Object* object = nullptr;
+    std::uint8_t* buffer = nullptr;
+    const auto allocate = [&](memlib* mem, MemPhase phase) {
+        memlib_alloc_objects(mem, kMemlibPermanent, &object, 1, phase);
+        memlib_alloc_objects(mem, kMemlibPermanent, &buffer, 77, phase);
+    };
+    const std::uint64_t size = memlib_query(allocate);
+    EXPECT_GE(size, sizeof(Object) + 77);
+    std::vector<std::byte> block(static_cast<std::size_t>(size));
+    const memlib arena = memlib_open(block.data(), allocate);
+    ASSERT_NE(object, nullptr);
+    object->arena = arena;
+    buffer[76] = 1;
+    EXPECT_EQ(object->arena.sections[0].used, size);
+    const memlib closed = memlib_close(object->arena, allocate);
+    EXPECT_EQ(closed.sections[0].used, 0U);
+    EXPECT_EQ(closed.sections[0].next, nullptr);
+}
+
 }  // namespace
 }  // namespace mediasplit
