@@ -1,4 +1,5 @@
 // From text to tree. Nesting lives in the tree, never on the call stack.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <utility>
@@ -12,10 +13,6 @@ namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::size_t kReadStep = 1024;
-
-bool is_blank(char c) {
-    return kBlanks.find(c) != std::string_view::npos;
-}
 
 bool begins_name(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':' ||
