@@ -23,7 +23,7 @@ struct DecryptContext;
 struct DsiRecord;
 struct Loglist;
 struct ManifestContext;
-struct OutputFile;
+class OutputFile;
 struct ezxml;
 
 inline constexpr std::uint32_t kMaxTracks = 256;
