@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "src/file_util/output_file.h"
 #include "src/video/parameter_sets.h"
 
 namespace mediasplit {
@@ -23,7 +24,6 @@ struct DecryptContext;
 struct DsiRecord;
 struct Loglist;
 struct ManifestContext;
-struct OutputFile;
 struct ezxml;
 
 inline constexpr std::uint32_t kMaxTracks = 256;
@@ -467,7 +467,7 @@ struct Mp4Demuxer {
     std::optional<std::string> output_dir;
     std::optional<std::string> output_base;
     std::optional<std::string> output_suffix;
-    std::vector<std::shared_ptr<OutputFile>> out_files;
+    std::vector<std::unique_ptr<OutputFile>> out_files;  // one slot a stream, null until opened
     std::uint32_t out_file_count = 0;
     Mp4Stream* current = nullptr;
     std::uint64_t range_start = 0;
@@ -485,6 +485,9 @@ struct Mp4Demuxer {
     std::function<void(void*, const std::string&, std::uint8_t, std::span<const std::uint8_t>)>
         ilst_callback;
     std::uint32_t track_filter = 0xFFFFFFFFU;
+    // What is left in this walk for fragment samples that have no bytes of their own in a box: a
+    // small file can't stand for more samples than it has bytes.
+    std::uint64_t implicit_samples_left = 0;
 };
 
 }  // namespace mediasplit
