@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "src/file_util/output_file.h"
 #include "src/video/parameter_sets.h"
 
 namespace mediasplit {
@@ -23,7 +24,7 @@ struct DecryptContext;
 struct DsiRecord;
 struct Loglist;
 struct ManifestContext;
-class OutputFile;
+struct OutputSet;
 struct ezxml;
 
 inline constexpr std::uint32_t kMaxTracks = 256;
@@ -408,6 +409,7 @@ struct Mp4Stream {
     std::uint32_t el_seen = 0;
     std::uint32_t rpu_seen = 0;
     std::uint32_t parameter_sets_written = 0;
+    std::uint32_t vps_compared = 0;  // a configuration without VPS was held against the stream's
     std::uint32_t rpu_compression_seen = 0;
     std::uint32_t rpu_compression_max = 0;
     std::shared_ptr<void> oap_parser;
@@ -467,8 +469,9 @@ struct Mp4Demuxer {
     std::optional<std::string> output_dir;
     std::optional<std::string> output_base;
     std::optional<std::string> output_suffix;
-    std::vector<std::shared_ptr<OutputFile>> out_files;
+    std::vector<std::unique_ptr<OutputFile>> out_files;  // one slot a stream, null until opened
     std::uint32_t out_file_count = 0;
+    std::shared_ptr<OutputSet> outputs;  // paths behind the slots
     Mp4Stream* current = nullptr;
     std::uint64_t range_start = 0;
     std::uint32_t range_length = 0;
@@ -485,6 +488,9 @@ struct Mp4Demuxer {
     std::function<void(void*, const std::string&, std::uint8_t, std::span<const std::uint8_t>)>
         ilst_callback;
     std::uint32_t track_filter = 0xFFFFFFFFU;
+    // What is left in this walk for fragment samples that have no bytes of their own in a box: a
+    // small file can't stand for more samples than it has bytes.
+    std::uint64_t implicit_samples_left = 0;
 };
 
 }  // namespace mediasplit
