@@ -18,8 +18,8 @@ struct DashRepresentationInfo;
 // Representation or, where that has none, of its AdaptationSet; a missing one is unset.
 struct DashContext {
     const DashInfo* mpd = nullptr;
-    const DashPeriodInfo* period = nullptr;                // the current Period
-    const DashAdaptationSetInfo* adaptation_set = nullptr;  // its first AdaptationSet
+    const DashPeriodInfo* period = nullptr;                  // the current Period
+    const DashAdaptationSetInfo* adaptation_set = nullptr;   // its first AdaptationSet
     const DashRepresentationInfo* representation = nullptr;  // and the first of its Representations
 
     std::optional<std::string> period_id{};

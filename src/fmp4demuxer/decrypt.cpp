@@ -5,7 +5,9 @@
 namespace mediasplit {
 namespace {
 
-Status from_library(int result) { return result == 0 ? Status::kOk : Status::kFailed; }
+Status from_library(int result) {
+    return result == 0 ? Status::kOk : Status::kFailed;
+}
 
 bool nothing_to_do(std::size_t length, const std::uint8_t* input, const std::uint8_t* output) {
     return length == 0 || input == nullptr || output == nullptr;
@@ -72,6 +74,8 @@ Status decrypt_update_iv(DecryptContext* context, const std::uint8_t* iv, std::s
     return Status::kOk;
 }
 
-void decrypt_aes_destroy(std::unique_ptr<DecryptContext>& context) { context.reset(); }
+void decrypt_aes_destroy(std::unique_ptr<DecryptContext>& context) {
+    context.reset();
+}
 
 }  // namespace mediasplit

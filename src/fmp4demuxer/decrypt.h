@@ -48,8 +48,8 @@ Status decrypt_update_iv(DecryptContext* context, const std::uint8_t* iv, std::s
 
 void decrypt_aes_destroy(std::unique_ptr<DecryptContext>& context);
 
-// NIST SP 800-38A 6.2. The chain value runs on from call to call. A length that isn't a whole number
-// of blocks is refused with kFailed, and the bytes stay as they are.
+// NIST SP 800-38A 6.2. The chain value runs on from call to call. A length that isn't a whole
+// number of blocks is refused with kFailed, and the bytes stay as they are.
 Status aes_cbc_decrypt(DecryptContext& context, std::size_t length, const std::uint8_t* input,
                        std::uint8_t* output);
 

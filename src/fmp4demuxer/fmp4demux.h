@@ -1,5 +1,5 @@
-// The driver of ISO media input: one MP4 file, initialization segment or media segment in, elementary
-// stream files and findings out.
+// The driver of ISO media input: one MP4 file, initialization segment or media segment in,
+// elementary stream files and findings out.
 #pragma once
 
 #include <cstdint>
@@ -22,13 +22,13 @@ class OutputRegistry;
 // The value of `track_filter` that selects every track.
 inline constexpr std::uint32_t kAllTracks = 0xFFFFFFFFU;
 
-// Makes the demultiplexer of one presentation (a plain file, a playlist's stream, a Representation).
-// All texts and pointers may be null. Without `output_dir` nothing is written; `manifest_context`
-// makes it a playlist stream (an I-frame stream writes nothing), `dash_context` a Representation,
-// and both at once are refused with 3006. `key_text` is a content key in hexadecimal (4014 when it
-// is none), `key_list` the "keyID:key,..." pairs. The contexts and `loglist` stay the caller's and
-// must outlive the result; texts are copied. Returns null on a refusal, with the failure ORed into
-// `status`.
+// Makes the demultiplexer of one presentation (a plain file, a playlist's stream, a
+// Representation). All texts and pointers may be null. Without `output_dir` nothing is written;
+// `manifest_context` makes it a playlist stream (an I-frame stream writes nothing), `dash_context`
+// a Representation, and both at once are refused with 3006. `key_text` is a content key in
+// hexadecimal (4014 when it is none), `key_list` the "keyID:key,..." pairs. The contexts and
+// `loglist` stay the caller's and must outlive the result; texts are copied. Returns null on a
+// refusal, with the failure ORed into `status`.
 [[nodiscard]] std::unique_ptr<Mp4Demuxer> fmp4demux_create(
     OptText output_dir, OptText output_base, OptText output_suffix,
     ManifestContext* manifest_context, DashContext* dash_context, OptText key_text,
@@ -51,11 +51,12 @@ Status fmp4demux_destroy(std::unique_ptr<Mp4Demuxer> demuxer);
 void fmp4demux_share_outputs(Mp4Demuxer& demuxer, OutputRegistry& registry);
 
 // Resolves the manifest records of the demultiplexer's present position into the arguments, each of
-// which may be null. A Representation whose chain of records is broken raises 3006; a plain file has
-// no records.
-[[nodiscard]] Status get_input_manifest_info(
-    const Mp4Demuxer* demuxer, const DashInfo** mpd, const DashPeriodInfo** period,
-    const DashAdaptationSetInfo** adaptation_set, const DashRepresentationInfo** representation,
-    ManifestContext** manifest_context, Loglist* loglist);
+// which may be null. A Representation whose chain of records is broken raises 3006; a plain file
+// has no records.
+[[nodiscard]] Status get_input_manifest_info(const Mp4Demuxer* demuxer, const DashInfo** mpd,
+                                             const DashPeriodInfo** period,
+                                             const DashAdaptationSetInfo** adaptation_set,
+                                             const DashRepresentationInfo** representation,
+                                             ManifestContext** manifest_context, Loglist* loglist);
 
 }  // namespace mediasplit

@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 
-#include "base/osal/osal.h"
+#include "base/osal.h"
 #include "src/file_util/path_names.h"
 #include "src/fmp4demuxer/checks/prisma_codecs.h"
 #include "src/fmp4demuxer/dash_context.h"
@@ -14,8 +14,8 @@ namespace mediasplit {
 namespace {
 
 constexpr std::size_t kLongestExtension = 6;
-constexpr std::size_t kLongestStem = 1023;      // while the parts are put together
-constexpr std::size_t kLongestSafeStem = 248;   // of a finished name
+constexpr std::size_t kLongestStem = 1023;     // while the parts are put together
+constexpr std::size_t kLongestSafeStem = 248;  // of a finished name
 constexpr std::size_t kLongestChannelText = 32;
 constexpr std::string_view kUnknownExtension = "unknow";
 
@@ -92,8 +92,8 @@ std::string representation_stem(std::string stem, const DashContext& context) {
 
 std::string track_file_name(const Mp4Demuxer& demuxer, std::uint32_t stream_index,
                             std::string_view extension) {
-    std::string name =
-        demuxer.output_dir.value_or(std::string{}) + "/" + demuxer.output_base.value_or(std::string{});
+    std::string name = demuxer.output_dir.value_or(std::string{}) + "/" +
+                       demuxer.output_base.value_or(std::string{});
     if (demuxer.output_suffix) {
         name += "_" + *demuxer.output_suffix;
     }

@@ -11,8 +11,8 @@
 namespace mediasplit {
 
 // Forms the output path of a track in `name`: from folder, base and track id for a plain file, from
-// what the manifest says of the stream else. An I-frame stream gets no name. kFailed, with a message,
-// for a missing argument (3006) or a name over 248 characters (4079).
+// what the manifest says of the stream else. An I-frame stream gets no name. kFailed, with a
+// message, for a missing argument (3006) or a name over 248 characters (4079).
 [[nodiscard]] Status buildFullName_mp4(std::string* name, const Mp4Demuxer* demuxer,
                                        std::uint32_t stream_index, OptText extension,
                                        std::uint32_t stream_type);

@@ -96,7 +96,7 @@ bool find_key(Mp4Demuxer& demuxer, const Mp4Stream& stream, Status& status) {
         return true;
     }
     const std::optional<std::string_view> text =
-        get_decryption_key(demuxer.key_list, stream.default_KID.data(), kContentKeyBits);
+        get_decryption_key(demuxer.key_list, stream.default_KID, kContentKeyBits);
     if (!text) {
         return true;
     }
@@ -113,9 +113,9 @@ bool find_key(Mp4Demuxer& demuxer, const Mp4Stream& stream, Status& status) {
 void make_context(Mp4Demuxer& demuxer, const Mp4Stream& stream) {
     if (const Scheme* scheme = find_scheme(stream); scheme != nullptr) {
         const bool has_iv = !stream.default_constant_IV.empty();
-        demuxer.decrypt = decrypt_aes_create(
-            scheme->mode, demuxer.key.data(), demuxer.key.size(),
-            has_iv ? stream.default_constant_IV.data() : nullptr, stream.default_constant_IV.size());
+        demuxer.decrypt = decrypt_aes_create(scheme->mode, demuxer.key.data(), demuxer.key.size(),
+                                             has_iv ? stream.default_constant_IV.data() : nullptr,
+                                             stream.default_constant_IV.size());
     }
 }
 
@@ -146,8 +146,8 @@ KeySetup set_up_decryption(Mp4Demuxer& demuxer) {
             setup.status |= Logging_err_type_check(demuxer.loglist, 4012, {});
             setup.usable = false;
         }
-        // One context serves the presentation: deliberately, a second track with a scheme of its own
-        // ends the work even when scheme and key are the same.
+        // One context serves the presentation: deliberately, a second track with a scheme of its
+        // own ends the work even when scheme and key are the same.
         if (setup.usable && demuxer.decrypt != nullptr && names_a_scheme(*stream)) {
             setup.status |= Logging_err_type_check(demuxer.loglist, 4071, {});
             setup.usable = false;

@@ -17,6 +17,8 @@ namespace mediasplit {
 }
 
 // Ends the analysis of one walk: the next one starts afresh.
-inline void end_ec3_stream(Mp4Stream& stream) { stream.oap_parser.reset(); }
+inline void end_ec3_stream(Mp4Stream& stream) {
+    stream.oap_parser.reset();
+}
 
 }  // namespace mediasplit

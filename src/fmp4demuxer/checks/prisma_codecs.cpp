@@ -11,10 +11,9 @@ constexpr std::size_t kLongestList = 100;
 constexpr std::array<std::string_view, 4> kEnhancementPrefixes{"pxav.", "pxa1.", "pxhe.", "pxh1."};
 
 bool names_enhancement(std::string_view codec) {
-    return std::any_of(kEnhancementPrefixes.begin(), kEnhancementPrefixes.end(),
-                       [&](std::string_view prefix) {
-                           return codec.find(prefix) != std::string_view::npos;
-                       });
+    return std::any_of(
+        kEnhancementPrefixes.begin(), kEnhancementPrefixes.end(),
+        [&](std::string_view prefix) { return codec.find(prefix) != std::string_view::npos; });
 }
 
 }  // namespace

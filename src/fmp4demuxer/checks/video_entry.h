@@ -16,8 +16,8 @@ namespace mediasplit {
 }
 
 // The same for "hvc1" and "hev1". No rule is applied here yet.
-[[nodiscard]] inline Status hevcSampleEntry(Mp4Demuxer& /*demuxer*/,
-                                            std::uint32_t /*stream_index*/, bool /*entry_due*/) {
+[[nodiscard]] inline Status hevcSampleEntry(Mp4Demuxer& /*demuxer*/, std::uint32_t /*stream_index*/,
+                                            bool /*entry_due*/) {
     return Status::kOk;
 }
 

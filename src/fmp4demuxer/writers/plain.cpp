@@ -25,18 +25,18 @@ Header adts_header(ByteSpan configuration, std::size_t sample_size) {
     };
     const auto frame_length = static_cast<std::uint32_t>((sample_size + kHeaderSize) & 0x1FFF);
     const std::array<Field, 12> fields{{
-        {12, 0xFFF},             // syncword
-        {1, 1},                  // ID
-        {2, 0},                  // layer
-        {1, 1},                  // protection_absent
-        {2, object_type - 1},    // profile
-        {4, frequency_index},    // sampling_frequency_index
-        {1, 0},                  // private_bit
-        {3, channels},           // channel_configuration
-        {4, 0},                  // original_copy, home and the two copyright bits
-        {13, frame_length},      // aac_frame_length
-        {11, 0x7FF},             // adts_buffer_fullness
-        {2, 0},                  // number_of_raw_data_blocks_in_frame
+        {12, 0xFFF},           // syncword
+        {1, 1},                // ID
+        {2, 0},                // layer
+        {1, 1},                // protection_absent
+        {2, object_type - 1},  // profile
+        {4, frequency_index},  // sampling_frequency_index
+        {1, 0},                // private_bit
+        {3, channels},         // channel_configuration
+        {4, 0},                // original_copy, home and the two copyright bits
+        {13, frame_length},    // aac_frame_length
+        {11, 0x7FF},           // adts_buffer_fullness
+        {2, 0},                // number_of_raw_data_blocks_in_frame
     }};
     Header header{};
     std::uint32_t position = 0;
@@ -79,8 +79,7 @@ Status ec3Sample(Mp4Demuxer& demuxer, std::uint32_t stream_index, ByteSpan sampl
 Status ac4Sample(Mp4Demuxer& demuxer, std::uint32_t stream_index, ByteSpan sample,
                  std::uint32_t number, std::uint32_t sync) {
     const Status status = check_ac4_sample(demuxer, stream_index, sample, number, sync);
-    return status |
-           write_framed(demuxer, stream_index, ac4_sync_header(sample.size()), sample);
+    return status | write_framed(demuxer, stream_index, ac4_sync_header(sample.size()), sample);
 }
 
 Status unspecifiedSample(Mp4Demuxer& demuxer, std::uint32_t stream_index, ByteSpan sample) {

@@ -22,8 +22,8 @@ namespace mediasplit {
 [[nodiscard]] Status ac4Sample(Mp4Demuxer& demuxer, std::uint32_t stream_index, ByteSpan sample,
                                std::uint32_t number, std::uint32_t sync);
 
-// Each NAL unit behind 00 00 00 01; the parameter sets of `avcC` go in at a sample with an IDR unit.
-// A track without `avcC` writes nothing. 4073 for a unit that passes the sample's end.
+// Each NAL unit behind 00 00 00 01; the parameter sets of `avcC` go in at a sample with an IDR
+// unit. A track without `avcC` writes nothing. 4073 for a unit that passes the sample's end.
 [[nodiscard]] Status avcSample(Mp4Demuxer& demuxer, std::uint32_t stream_index, ByteSpan sample);
 
 // The same for H.265; the units of `hvcC` go in ahead of a sample's first IDR unit unless a VPS or

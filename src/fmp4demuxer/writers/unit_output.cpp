@@ -9,12 +9,15 @@ namespace {
 
 constexpr std::array<std::uint8_t, 4> kStartCode{0, 0, 0, 1};
 
-bool takes_bytes(const OutputFile* file) { return file != nullptr && !file->failed(); }
+bool takes_bytes(const OutputFile* file) {
+    return file != nullptr && !file->failed();
+}
 
 }  // namespace
 
 OutputFile* output_of(const Mp4Demuxer& demuxer, std::uint32_t stream_index) {
-    return stream_index < demuxer.out_files.size() ? demuxer.out_files[stream_index].get() : nullptr;
+    return stream_index < demuxer.out_files.size() ? demuxer.out_files[stream_index].get()
+                                                   : nullptr;
 }
 
 Status write_bytes(OutputFile* file, ByteSpan bytes, Loglist* loglist) {
@@ -38,10 +41,10 @@ Status write_config_unit(OutputFile* file, ByteSpan unit, Loglist* loglist) {
 
 Status h264_write_sps_pps_nal(const AvcConfig& config, OutputFile* file, Loglist* loglist) {
     Status status = Status::kOk;
-    for (const auto& unit : sps_units(config)) {
+    for (const auto& unit : config.sps) {
         status |= write_config_unit(file, unit_bytes(unit), loglist);
     }
-    for (const auto& unit : pps_units(config)) {
+    for (const auto& unit : config.pps) {
         status |= write_config_unit(file, unit_bytes(unit), loglist);
     }
     return status;
