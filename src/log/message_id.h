@@ -76,8 +76,8 @@ consteval ValueKind value_kind() {
 
 // Never defined: a call to one of them in a constant expression ends the compilation, and its name
 // tells why.
-void message_number_is_in_no_table();
-void values_do_not_fit_the_placeholders_of_the_message();
+[[noreturn]] void message_number_is_in_no_table();
+[[noreturn]] void values_do_not_fit_the_placeholders_of_the_message();
 
 /// The number of a catalogue row that takes values of the given types. It can only be made from a
 /// constant; a number outside the tables, or values that don't fit the placeholders of the row in
