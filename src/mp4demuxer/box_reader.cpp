@@ -8,8 +8,8 @@ namespace mediasplit {
 
 namespace {
 
-// Pieces in which large payloads are read. Below a block of the byte source, so that a piece is never
-// of the one size that it passes over.
+// Pieces in which large payloads are read. Below a block of the byte source, so that a piece is
+// never of the one size that it passes over.
 constexpr std::uint64_t kPiece = kInputBlockSize / 4;
 
 std::uint64_t read_number(InputFile& file, std::size_t width) {

@@ -1,5 +1,5 @@
-// Reading of box contents: numbers straight from the file, and a reader that knows where the payload
-// of a box ends.
+// Reading of box contents: numbers straight from the file, and a reader that knows where the
+// payload of a box ends.
 #pragma once
 
 #include <cstddef>
@@ -17,8 +17,8 @@ std::uint16_t f_src_read_u16(InputFile& file);
 std::uint32_t f_src_read_u32(InputFile& file);
 std::uint64_t f_src_read_u64(InputFile& file);
 
-// Reads the next `size` bytes of a file as the payload of a box. Behind the end of the payload, or of
-// the file, everything reads as 0 and the file's position stays.
+// Reads the next `size` bytes of a file as the payload of a box. Behind the end of the payload, or
+// of the file, everything reads as 0 and the file's position stays.
 class PayloadReader {
 public:
     PayloadReader(InputFile& file, std::int64_t size);

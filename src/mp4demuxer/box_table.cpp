@@ -145,8 +145,9 @@ std::span<const BoxRow> box_table() {
 }
 
 const BoxRow* find_box_row(std::uint32_t type) {
-    const auto row = std::find_if(kBoxTable.begin(), kBoxTable.end(),
-                                  [type](const BoxRow& candidate) { return candidate.type == type; });
+    const auto row =
+        std::find_if(kBoxTable.begin(), kBoxTable.end(),
+                     [type](const BoxRow& candidate) { return candidate.type == type; });
     return row == kBoxTable.end() ? nullptr : &*row;
 }
 

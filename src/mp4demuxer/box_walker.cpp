@@ -33,7 +33,8 @@ void print_line(const char* format, const Values&... values) {
     std::array<char, 1024> line{};
     const int length = std::snprintf(line.data(), line.size(), format, values...);
     if (length > 0) {
-        const std::size_t size = std::min<std::size_t>(static_cast<std::size_t>(length), line.size() - 1);
+        const std::size_t size =
+            std::min<std::size_t>(static_cast<std::size_t>(length), line.size() - 1);
         static_cast<void>(std::fwrite(line.data(), 1, size, stdout));
     }
 }
@@ -155,9 +156,10 @@ private:
 
     bool read_extended_size(const BoxNode& node, BoxHeader& header) {
         if (left_ < 2 * kHeaderSize) {
-            print_line("The remain data in the box [%s] is not enough for the size-extended box: %" PRId64
-                       "\n",
-                       box_path(node).c_str(), left_);
+            print_line(
+                "The remain data in the box [%s] is not enough for the size-extended box: %" PRId64
+                "\n",
+                box_path(node).c_str(), left_);
             move_by(left_ - kHeaderSize, *file_);
             return false;
         }
@@ -171,14 +173,15 @@ private:
 
     bool fits(const BoxNode& node, const BoxHeader& header) const {
         if (header.size < kHeaderSize) {
-            print_line("The box size [%" PRId64
-                       "] indicated in the box [%s] is less than the mp4 box header size. So all the "
-                       "remain data [%" PRId64 "] in the box [%s] is released.\n",
-                       header.told_size(), box_path(node).c_str(), left_, box_path(*parent_).c_str());
+            print_line(
+                "The box size [%" PRId64
+                "] indicated in the box [%s] is less than the mp4 box header size. So all the "
+                "remain data [%" PRId64 "] in the box [%s] is released.\n",
+                header.told_size(), box_path(node).c_str(), left_, box_path(*parent_).c_str());
             return false;
         }
-        // Deliberate: the payload and not the size is compared, so a box may overrun its parent by 8
-        // bytes here; the parent then ends behind it.
+        // Deliberate: the payload and not the size is compared, so a box may overrun its parent by
+        // 8 bytes here; the parent then ends behind it.
         if (left_ < header.payload()) {
             print_line("The box size [%" PRId64
                        "] indicated in the box [%s] is beyond the remain data [%" PRId64

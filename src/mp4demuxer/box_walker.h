@@ -1,5 +1,5 @@
-// The walk over the boxes of one parent (ISO/IEC 14496-12 4.2), tolerant of what is broken: a broken
-// box ends its parent, with a line on standard output, and never the run.
+// The walk over the boxes of one parent (ISO/IEC 14496-12 4.2), tolerant of what is broken: a
+// broken box ends its parent, with a line on standard output, and never the run.
 #pragma once
 
 #include <string>

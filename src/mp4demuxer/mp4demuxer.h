@@ -51,17 +51,10 @@ std::uint32_t get_sample_duration(const Mp4Stream& stream, std::uint32_t sample_
 std::span<const std::uint8_t> senc_iv(const Mp4Stream& stream, const SencEntry& entry);
 std::span<const Subsample> senc_subsamples(const Mp4Stream& stream, const SencEntry& entry);
 
-// The parsed parameter set of a slot, made at the first call; null for a slot without bytes. A slot
-// whose `data` is set anew has its `record` reset by the setter.
-const AvcSps* parsed(ParameterSetUnit<AvcSps>& unit);
-const HevcVps* parsed(ParameterSetUnit<HevcVps>& unit);
-const HevcSps* parsed(ParameterSetUnit<HevcSps>& unit);
-const HevcPps* parsed(ParameterSetUnit<HevcPps>& unit);
-
 // Whether `brand` is a compatible brand of `ftyp`; the major brand isn't looked at.
 bool compat_brand_included(const Mp4Demuxer& demuxer, std::uint32_t brand);
-// Whether the brands of the segments so far, or else of `ftyp`, have a CMAF brand (ISO/IEC 23000-19)
-// as major or compatible brand.
+// Whether the brands of the segments so far, or else of `ftyp`, have a CMAF brand (ISO/IEC
+// 23000-19) as major or compatible brand.
 bool contain_cmaf_brand(const Mp4Demuxer& demuxer);
 
 }  // namespace mediasplit

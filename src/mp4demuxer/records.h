@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "src/file_util/output_file.h"
-#include "src/video/parameter_sets.h"
+#include "src/video/decoder_configs.h"
 
 namespace mediasplit {
 
@@ -28,7 +28,6 @@ struct OutputSet;
 struct ezxml;
 
 inline constexpr std::uint32_t kMaxTracks = 256;
-inline constexpr std::size_t kMaxParameterSets = 32;
 
 // A four-character code as a big-endian number.
 constexpr std::uint32_t fourcc(const char (&text)[5]) {
@@ -79,105 +78,6 @@ struct SencBlock {
     std::uint64_t row_count = 0;
     std::uint64_t first_entry = 0;
     std::uint64_t entry_count = 0;
-};
-
-// The Orvel Prisma configuration record (`pxcC`, `pxvC`, `pxwC`).
-struct PxConfig {
-    std::uint32_t version_major = 0;
-    std::uint32_t version_minor = 0;
-    std::uint32_t profile = 0;
-    std::uint32_t level = 0;
-    std::uint32_t rpu_flag = 0;
-    std::uint32_t el_flag = 0;
-    std::uint32_t bl_flag = 0;
-    std::uint32_t bl_compatible_id = 0;
-    std::uint32_t md_compression = 0;
-};
-
-// A NAL unit of a configuration box, with its header bytes.
-struct ConfigUnit {
-    std::vector<std::uint8_t> data;
-};
-
-// A parameter set of a configuration box. The parsed record is made at the first demand (`parsed`),
-// since a box may hold hundreds of sets and most files need the first alone.
-template <typename Record>
-struct ParameterSetUnit {
-    std::vector<std::uint8_t> data;
-    std::unique_ptr<Record> record;
-};
-
-// AVCDecoderConfigurationRecord (ISO/IEC 14496-15 5.3.3.1). The counts tell the filled slots.
-struct AvcConfig {
-    std::uint8_t configuration_version = 0;
-    std::uint8_t profile_idc = 0;
-    std::uint8_t profile_compatibility = 0;
-    std::uint8_t level_idc = 0;
-    std::uint8_t length_size_minus_one = 0;
-    std::uint8_t sps_count = 0;
-    std::array<ParameterSetUnit<AvcSps>, kMaxParameterSets> sps;
-    std::uint8_t pps_count = 0;
-    std::array<ConfigUnit, kMaxParameterSets> pps;
-};
-
-// HEVCDecoderConfigurationRecord (ISO/IEC 14496-15 8.3.3.1). The counts tell the filled slots.
-struct HevcConfig {
-    std::uint8_t configuration_version = 0;
-    std::uint8_t general_profile_space = 0;
-    std::uint8_t general_tier_flag = 0;
-    std::uint8_t general_profile_idc = 0;
-    std::uint32_t general_profile_compatibility_flags = 0;
-    std::uint8_t general_progressive_source_flag = 0;
-    std::uint8_t general_interlaced_source_flag = 0;
-    std::uint8_t general_non_packed_constraint_flag = 0;
-    std::uint8_t general_frame_only_constraint_flag = 0;
-    std::uint64_t general_constraint_indicator_flags = 0;  // the 44 bits
-    std::uint8_t general_level_idc = 0;
-    std::uint16_t min_spatial_segmentation_idc = 0;
-    std::uint8_t parallelism_type = 0;
-    std::uint8_t chroma_format_idc = 0;
-    std::uint8_t bit_depth_luma_minus8 = 0;
-    std::uint8_t bit_depth_chroma_minus8 = 0;
-    std::uint16_t avg_frame_rate = 0;
-    std::uint8_t constant_frame_rate = 0;
-    std::uint8_t num_temporal_layers = 0;
-    std::uint8_t temporal_id_nested = 0;
-    std::uint8_t length_size_minus_one = 0;
-    std::uint8_t num_arrays = 0;
-    std::uint16_t vps_count = 0;
-    std::array<ParameterSetUnit<HevcVps>, kMaxParameterSets> vps;
-    std::uint16_t sps_count = 0;
-    std::array<ParameterSetUnit<HevcSps>, kMaxParameterSets> sps;
-    std::uint16_t pps_count = 0;
-    std::array<ParameterSetUnit<HevcPps>, kMaxParameterSets> pps;
-    std::uint16_t sei_count = 0;
-    std::array<ConfigUnit, kMaxParameterSets> sei;
-};
-
-// AV1CodecConfigurationRecord (AV1-ISOBMFF 2.3), with the first metadata unit of its OBUs.
-struct Av1Config {
-    std::uint8_t marker = 0;
-    std::uint8_t version = 0;
-    std::uint8_t seq_profile = 0;
-    std::uint8_t seq_level_idx_0 = 0;
-    std::uint8_t seq_tier_0 = 0;
-    std::uint8_t high_bitdepth = 0;
-    std::uint8_t twelve_bit = 0;
-    std::uint8_t monochrome = 0;
-    std::uint8_t chroma_subsampling_x = 0;
-    std::uint8_t chroma_subsampling_y = 0;
-    std::uint8_t chroma_sample_position = 0;
-    std::uint8_t initial_presentation_delay_present = 0;
-    std::uint8_t initial_presentation_delay_minus_one = 0;
-    std::uint8_t obu_forbidden_bit = 0;
-    std::uint8_t obu_type = 0;
-    std::uint8_t obu_extension_flag = 0;
-    std::uint8_t obu_has_size_field = 0;
-    std::uint32_t obu_size = 0;
-    std::uint32_t metadata_type = 0;
-    std::uint8_t itu_t_t35_country_code = 0;
-    std::uint16_t itu_t_t35_terminal_provider_code = 0;
-    std::uint32_t itu_t_t35_terminal_provider_oriented_code = 0;
 };
 
 struct Ec3Substream {
@@ -280,11 +180,12 @@ inline constexpr std::uint32_t kPxPav1 = 16;
 // Where the last lookups stopped. They are caches: a lookup behind one starts over.
 struct SampleCursors {
     struct Chunk {
-        std::uint32_t row = 0;            // of stsc
-        std::uint64_t chunk = 0;          // number at which the row begins, 0 for "not begun"
-        std::uint64_t first_sample = 0;   // of that chunk
-        std::uint64_t sum_from = 0;       // first sample of the chunk that `sum` is of
-        std::uint64_t sum_to = 0;         // `sum` holds the sizes of [sum_from, sum_to)
+        bool begun = false;
+        std::uint32_t row = 0;           // of stsc
+        std::uint64_t chunk = 0;         // number at which the row begins
+        std::uint64_t first_sample = 0;  // of that chunk
+        std::uint64_t sum_from = 0;      // `sum` holds the sizes of the samples [sum_from, sum_to)
+        std::uint64_t sum_to = 0;
         std::uint64_t sum = 0;
     } chunk;
     struct Run {
@@ -295,7 +196,7 @@ struct SampleCursors {
     } time, composition;
     struct Sync {
         std::uint32_t row = 0;
-        std::uint32_t number = 0;  // the last one looked for
+        std::uint64_t number = 0;  // the last one looked for
     } sync;
     std::size_t senc_block = 0;
 };
