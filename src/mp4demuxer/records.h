@@ -370,7 +370,7 @@ struct Mp4Demuxer {
     std::optional<std::string> output_dir;
     std::optional<std::string> output_base;
     std::optional<std::string> output_suffix;
-    std::vector<std::unique_ptr<OutputFile>> out_files;  // one slot a stream, null until opened
+    std::vector<std::shared_ptr<OutputFile>> out_files;  // one slot a stream, null until opened
     std::uint32_t out_file_count = 0;
     std::shared_ptr<OutputSet> outputs;  // paths behind the slots
     Mp4Stream* current = nullptr;
