@@ -48,6 +48,9 @@ endfunction()
 # With libFuzzer: a fuzzing program. Without: a program that replays tests/fuzz/corpus/<name> as an
 # ordinary test.
 function(mediasplit_fuzzer name)
+  if(NOT MEDIASPLIT_TESTS AND NOT MEDIASPLIT_LIBFUZZER)
+    return()
+  endif()
   cmake_parse_arguments(ARG "" "SOURCE" "DEPENDS" ${ARGN})
   add_executable(${name}_fuzz ${ARG_SOURCE})
   target_include_directories(${name}_fuzz PRIVATE ${PROJECT_SOURCE_DIR})
