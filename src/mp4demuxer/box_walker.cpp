@@ -67,7 +67,7 @@ std::uint32_t read_type(InputFile& file) {
 
 // An entry of a type that isn't known still counts by its track's kind, so that its configuration
 // boxes are read.
-bool parse_unknown_sample_entry(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+bool parse_unknown_sample_entry(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     if (node.parent->type != fourcc("stsd") || demuxer.current == nullptr) {
         return false;
     }
@@ -85,7 +85,7 @@ bool parse_unknown_sample_entry(Mp4Demuxer& demuxer, InputFile& file, BoxNode& n
     }
 }
 
-HandlerResult dispatch(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult dispatch(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     const BoxRow* row = node.depth > kMaxBoxDepth ? nullptr : find_box_row(node.type);
     if (row != nullptr) {
         return row->handler(demuxer, file, node, tree);
@@ -99,7 +99,7 @@ HandlerResult dispatch(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxm
 // The walk over one parent: what is left of it, and what its handlers returned so far.
 class Walk {
 public:
-    Walk(Mp4Demuxer& demuxer, InputFile& file, BoxNode& parent, ezxml* tree)
+    Walk(Mp4Demuxer& demuxer, InputFile& file, BoxNode& parent, Ezxml* tree)
         : demuxer_(&demuxer), file_(&file), parent_(&parent), tree_(tree), left_(parent.size) {}
 
     HandlerResult run() {
@@ -196,7 +196,7 @@ private:
     Mp4Demuxer* demuxer_;
     InputFile* file_;
     BoxNode* parent_;
-    ezxml* tree_;
+    Ezxml* tree_;
     std::int64_t left_;
     HandlerResult result_ = kHandled;
 };
@@ -254,17 +254,17 @@ std::string box_path(const BoxNode& node) {
     return path;
 }
 
-HandlerResult parse_box_with_index(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree,
+HandlerResult parse_box_with_index(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree,
                                    [[maybe_unused]] int index) {
     return Walk(demuxer, file, node, tree).run();
 }
 
-HandlerResult parse_box(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_box_with_index(demuxer, file, node, tree, 0);
 }
 
 HandlerResult parse_box_skip(Mp4Demuxer& /*demuxer*/, InputFile& file, BoxNode& node,
-                             ezxml* /*tree*/) {
+                             Ezxml* /*tree*/) {
     move_by(node.size, file);
     return kHandled;
 }

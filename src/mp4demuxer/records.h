@@ -25,7 +25,7 @@ struct DsiRecord;
 struct Loglist;
 struct ManifestContext;
 struct OutputSet;
-struct ezxml;
+struct Ezxml;
 
 inline constexpr std::uint32_t kMaxTracks = 256;
 
@@ -353,7 +353,7 @@ inline constexpr std::uint32_t kInputFile = 5;
 // One presentation: a plain file, or an initialization section with all segments that follow it.
 struct Mp4Demuxer {
     BoxNode root;
-    ezxml* tree_root = nullptr;
+    Ezxml* tree_root = nullptr;
     Loglist* loglist = nullptr;
     std::unique_ptr<BrandRecord> ftyp;
     std::unique_ptr<BrandRecord> styp;
