@@ -24,8 +24,13 @@ struct DecryptContext;
 struct DsiRecord;
 struct Loglist;
 struct ManifestContext;
+<<<<<<< HEAD
 struct Ezxml;
 struct OutputSet;
+=======
+struct OutputSet;
+struct Ezxml;
+>>>>>>> fmp4
 
 inline constexpr std::uint32_t kMaxTracks = 256;
 
