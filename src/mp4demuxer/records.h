@@ -24,13 +24,8 @@ struct DecryptContext;
 struct DsiRecord;
 struct Loglist;
 struct ManifestContext;
-<<<<<<< HEAD
 struct Ezxml;
 struct OutputSet;
-=======
-struct OutputSet;
-struct Ezxml;
->>>>>>> fmp4
 
 inline constexpr std::uint32_t kMaxTracks = 256;
 
