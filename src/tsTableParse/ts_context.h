@@ -6,13 +6,13 @@
 #include <memory>
 #include <string>
 
+#include "oapinfolib/src/oapinfo_api.h"
 #include "src/commonfileio/packet_reader.h"
 #include "src/file_util/output_table.h"
 #include "src/log/loglist.h"
 #include "src/log/status.h"
 #include "src/records/manifest_context.h"
 #include "src/records/ts_segment_summary.h"
-#include "src/tsTableParse/ec3_pes_check.h"
 
 namespace mediasplit {
 
@@ -86,7 +86,7 @@ struct TsContext {
     std::int64_t video_pid = -1;
     TsStreamInfo stream_info;
     bool is_hls = false;
-    std::array<Ec3ParserHandle, kMaxTsAudioStreams> ec3_parsers{};
+    std::array<OapParser, kMaxTsAudioStreams> ec3_parsers{};
     std::uint32_t ec3_parser_count = 0;
     std::array<std::int64_t, kMaxTsAudioStreams> ec3_parser_pids{};
     ManifestContext* manifest = nullptr;
