@@ -1,0 +1,51 @@
+#include "ac4/metadata/metadata_state.h"
+
+#include <cstddef>
+
+namespace mediasplit {
+namespace {
+
+template <typename Slots>
+auto find_slot(Slots& slots, int number) -> decltype(&slots[0]) {
+    const auto index = static_cast<std::size_t>(number);
+    return number >= 0 && index < slots.size() ? &slots[index] : nullptr;
+}
+
+}  // namespace
+
+void ac4_metadata_state_reset(Ac4MetadataState* state) {
+    state->substreams.fill({});
+    state->presentations.fill({});
+}
+
+MetadataSlot* metadata_substream_slot(Ac4MetadataState* state, int substream) {
+    return state != nullptr ? find_slot(state->substreams, substream) : nullptr;
+}
+
+MetadataSlot* metadata_presentation_slot(Ac4MetadataState* state, int presentation) {
+    return state != nullptr ? find_slot(state->presentations, presentation) : nullptr;
+}
+
+LoudnessCarried metadata_carry_loudness(MetadataSlot& slot, const CodedField& dialnorm_bits,
+                                        const FurtherLoudness& loudness) {
+    LoudnessCarried carried;
+    if (dialnorm_bits.present) {
+        slot.dialnorm_seen = true;
+        slot.dialnorm = kDialnormStep * static_cast<float>(dialnorm_bits.value);
+    }
+    if (loudness.present) {
+        carried.changed = slot.loudness_seen && slot.loudness != loudness;
+        slot.loudness_seen = true;
+        slot.loudness = loudness;
+    }
+    carried.dialnorm = slot.dialnorm;
+    carried.loudness = slot.loudness;
+    return carried;
+}
+
+const ImsInfo* ac4analyze_get_ims_info(const Ac4MetadataState* state, int substream) {
+    const MetadataSlot* slot = state != nullptr ? find_slot(state->substreams, substream) : nullptr;
+    return slot != nullptr && slot->ims.present ? &slot->ims : nullptr;
+}
+
+}  // namespace mediasplit
