@@ -54,4 +54,14 @@ constexpr int catalogue_index(int id) {
     return -1;
 }
 
+/// The message of the row with this number, which must lie in a table.
+constexpr const char* catalogue_message(int id) {
+    for (const CatalogueTable& table : kCatalogueTables) {
+        if (id >= table.first_id && id - table.first_id < table.row_count) {
+            return table.rows[id - table.first_id].message;
+        }
+    }
+    return "";
+}
+
 }  // namespace mediasplit

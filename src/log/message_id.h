@@ -76,8 +76,8 @@ consteval ValueKind value_kind() {
 
 // Never defined: a call to one of them in a constant expression ends the compilation, and its name
 // tells why.
-void message_number_is_in_no_table();
-void values_do_not_fit_the_placeholders_of_the_message();
+[[noreturn]] void message_number_is_in_no_table();
+[[noreturn]] void values_do_not_fit_the_placeholders_of_the_message();
 
 /// The number of a catalogue row that takes values of the given types. It can only be made from a
 /// constant; a number outside the tables, or values that don't fit the placeholders of the row in
@@ -87,13 +87,12 @@ class MessageId {
 public:
     // Implicit, so that a call reads like the rule: check(holds, loglist, 4294, where).
     consteval MessageId(int id) : id_(id) {
-        const CatalogueRow* row = find_catalogue_row(id);
-        if (row == nullptr) {
+        if (catalogue_index(id) < 0) {
             message_number_is_in_no_table();
         }
         constexpr ValueKind kKinds[] = {value_kind<Values>()..., ValueKind::kNone};
         std::size_t used = 0;
-        for (const char* at = row->message; *at != 0;) {
+        for (const char* at = catalogue_message(id); *at != 0;) {
             if (*at != '%') {
                 ++at;
                 continue;
