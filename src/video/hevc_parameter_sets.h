@@ -151,7 +151,8 @@ struct HevcShortTermRefPicSet {
     std::array<std::uint8_t, kMaxHevcShortTermPics> used_by_curr_pic_s1{};
 };
 
-/// vui_parameters(), ITU-T H.265 E.2.1; the initial values are those of an absent element.
+/// vui_parameters(), ITU-T H.265 E.2.1. Parsing a sequence parameter set puts in the values that
+/// the standard infers for absent elements, and a display timing of 60000/1001.
 struct HevcVui {
     std::uint8_t aspect_ratio_info_present_flag = 0;
     std::uint8_t aspect_ratio_idc = 0;
