@@ -1,25 +1,26 @@
-// What one transport stream segment held, for comparisons from segment to segment.
+// Timing of one transport stream file or segment, in ticks of 90 kHz.
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace mediasplit {
 
-inline constexpr std::size_t kMaxTsAudioStreams = 10;
+inline constexpr std::size_t kTsAudioSummaries = 10;
+inline constexpr std::int64_t kNoVideoPts = -1;
 
-// All times in ticks of 90 kHz.
 struct TsAudioSummary {
-    std::uint32_t stream_type = 0;  // value of the PMT
-    std::int64_t first_pts = 0;     // smallest PTS, -1 if none was seen
-    std::int64_t end_pts = 0;       // end of the last PES packet, -1 if no PTS was seen
+    std::uint32_t stream_type = 0;  // of the program map table
+    std::int64_t first_pts = 0;     // smallest PTS seen
+    std::int64_t end_pts = 0;
 };
 
 struct TsSegmentSummary {
-    std::uint32_t count = 0;  // audio streams, in the order of discovery
-    std::array<TsAudioSummary, kMaxTsAudioStreams> audio{};
-    std::int64_t first_video_pts = 0;  // smallest video PTS; a caller that compares sets -1 first
-    std::int64_t video_end_pts = 0;    // largest video PTS plus the mean distance of the PTS
+    std::uint32_t count = 0;  // audio streams found, at most as many as `audio` holds
+    std::array<TsAudioSummary, kTsAudioSummaries> audio{};
+    std::int64_t first_video_pts = kNoVideoPts;  // smallest PTS seen
+    std::int64_t video_end_pts = 0;
 };
 
 }  // namespace mediasplit

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "src/log/logging.h"
+#include "src/tsTableParse/tree_fields.h"
 
 namespace mediasplit {
 
@@ -58,9 +59,9 @@ struct NamedByte {
     std::uint8_t value;
 };
 
-void add_fields(XmlNode* tree, std::initializer_list<NamedByte> fields) {
+void add_fields(Ezxml* tree, std::initializer_list<NamedByte> fields) {
     for (const auto& field : fields) {
-        add_uint_to_xml(tree, field.name, field.value);
+        add_field(tree, field.name, field.value);
     }
 }
 
@@ -75,7 +76,7 @@ struct DescriptorCursor {
 
 }  // namespace
 
-void tsTableParseEAC3Descriptor(SectionBytes bytes, Ec3TsDescriptor& ec3, XmlNode* tree) {
+void tsTableParseEAC3Descriptor(SectionBytes bytes, Ec3TsDescriptor& ec3, Ezxml* tree) {
     const auto bit = [&bytes](std::size_t index, unsigned shift) {
         return static_cast<std::uint8_t>((bytes[index] >> shift) & 1);
     };
@@ -140,7 +141,7 @@ void tsTableParseEAC3Descriptor(SectionBytes bytes, Ec3TsDescriptor& ec3, XmlNod
                       {"complexity_index_type_a", ec3.complexity_index_type_a}});
 }
 
-Status tsTableParsePRSMDescriptor(SectionBytes bytes, PrsmTsDescriptor& prsm, XmlNode* tree,
+Status tsTableParsePRSMDescriptor(SectionBytes bytes, PrsmTsDescriptor& prsm, Ezxml* tree,
                                   Loglist* loglist) {
     prsm.px_version_major = bytes[2];
     Status status = Logging_err_type_check(loglist, 1001, {}, prsm.px_version_major);
@@ -197,12 +198,12 @@ Status tsTableParsePRSMDescriptor(SectionBytes bytes, PrsmTsDescriptor& prsm, Xm
                       {"el_present_flag", prsm.el_present_flag},
                       {"bl_present_flag", prsm.bl_present_flag},
                       {"px_bl_signal_compatibility_id", prsm.px_bl_signal_compatibility_id}});
-    add_uint_to_xml(tree, "dependency_pid", prsm.dependency_pid);
+    add_field(tree, "dependency_pid", prsm.dependency_pid);
     return status;
 }
 
 Status tsTableParseDescriptor(SectionBytes bytes, TsDescriptor& descriptor, std::size_t& consumed,
-                              XmlNode* tree, Loglist* loglist) {
+                              Ezxml* tree, Loglist* loglist) {
     descriptor.tag = bytes[0];
     descriptor.length = bytes[1];
     descriptor.name = label_of(descriptor.tag);
@@ -211,17 +212,17 @@ Status tsTableParseDescriptor(SectionBytes bytes, TsDescriptor& descriptor, std:
     for (std::size_t i = 0; i < consumed; ++i) {
         descriptor.raw[i] = bytes[i];
     }
-    add_uint_to_xml(tree, "descriptorTag", static_cast<std::uint32_t>(descriptor.tag));
-    add_uint_to_xml(tree, "descriptorLength", static_cast<std::uint32_t>(descriptor.length));
+    add_field(tree, "descriptorTag", descriptor.tag);
+    add_field(tree, "descriptorLength", descriptor.length);
     switch (descriptor.tag) {
         case kTagEc3Dvb:
         case kTagEc3Atsc:
             tsTableParseEAC3Descriptor(bytes, descriptor.ec3,
-                                       add_child_to_xml(tree, "EnhancedAC3Descriptor"));
+                                       add_element(tree, "EnhancedAC3Descriptor"));
             return Status::kOk;
         case kTagPrsm:
             return tsTableParsePRSMDescriptor(bytes, descriptor.prsm,
-                                              add_child_to_xml(tree, "PRSMDescriptor"), loglist);
+                                              add_element(tree, "PRSMDescriptor"), loglist);
         default:
             return Status::kOk;
     }

@@ -5,6 +5,7 @@
 
 #include "src/log/logging.h"
 #include "src/tsTableParse/descriptors.h"
+#include "src/tsTableParse/tree_fields.h"
 
 namespace mediasplit {
 
@@ -15,7 +16,7 @@ constexpr std::array<std::int64_t, 10> kKnownStreamTypes = {0x01, 0x02, 0x04, 0x
 
 // Reads the descriptors that fill `length` bytes and keeps the first `limit` of them. The first one
 // that is beyond use ends the reading with its result.
-Status read_descriptors(SectionBytes bytes, std::int64_t length, std::size_t limit, XmlNode* tree,
+Status read_descriptors(SectionBytes bytes, std::int64_t length, std::size_t limit, Ezxml* tree,
                         Loglist* loglist, std::vector<TsDescriptor>& descriptors) {
     std::size_t position = 0;
     while (static_cast<std::int64_t>(position) < length) {
@@ -23,7 +24,7 @@ Status read_descriptors(SectionBytes bytes, std::int64_t length, std::size_t lim
         std::size_t consumed = 0;
         const Status status =
             tsTableParseDescriptor(bytes.from(position), descriptor, consumed,
-                                   add_child_to_xml(tree, "descriptor"), loglist);
+                                   add_element(tree, "descriptor"), loglist);
         if (status != Status::kOk) {
             return status;
         }
@@ -35,14 +36,14 @@ Status read_descriptors(SectionBytes bytes, std::int64_t length, std::size_t lim
     return Status::kOk;
 }
 
-Status read_stream(SectionBytes bytes, XmlNode* tree, Loglist* loglist,
+Status read_stream(SectionBytes bytes, Ezxml* tree, Loglist* loglist,
                    TsElementaryStream& stream) {
     stream.stream_type = bytes[0];
     stream.elementary_pid = bytes.field(1, 13);
     stream.es_info_length = bytes.field(3, 12);
-    add_uint_to_xml(tree, "streamType", static_cast<std::uint32_t>(stream.stream_type));
-    add_uint_to_xml(tree, "elementaryPID", static_cast<std::uint32_t>(stream.elementary_pid));
-    add_uint_to_xml(tree, "esInfoLength", static_cast<std::uint32_t>(stream.es_info_length));
+    add_field(tree, "streamType", stream.stream_type);
+    add_field(tree, "elementaryPID", stream.elementary_pid);
+    add_field(tree, "esInfoLength", stream.es_info_length);
     const bool is_known = std::find(kKnownStreamTypes.begin(), kKnownStreamTypes.end(),
                                     stream.stream_type) != kKnownStreamTypes.end();
     const Status status = check(is_known, loglist, 2022, {}, stream.stream_type);
@@ -53,7 +54,7 @@ Status read_stream(SectionBytes bytes, XmlNode* tree, Loglist* loglist,
 }  // namespace
 
 Status tsTableParsePMT(const TsContext& context, TsProgram& program, const TsSection& section,
-                       XmlNode* tree) {
+                       Ezxml* tree) {
     const SectionBytes bytes{
         {section.buffer.data(), static_cast<std::size_t>(section.bytes_collected)}};
     program.program_number = bytes.field(3, 16);
@@ -71,7 +72,7 @@ Status tsTableParsePMT(const TsContext& context, TsProgram& program, const TsSec
     while (status == Status::kOk &&
            static_cast<std::int64_t>(position) < section.section_length - 1) {
         TsElementaryStream stream;
-        status = read_stream(bytes.from(position), add_child_to_xml(tree, "stream"),
+        status = read_stream(bytes.from(position), add_element(tree, "stream"),
                              context.loglist, stream);
         position += 5 + static_cast<std::size_t>(stream.es_info_length);
         if (program.streams.size() < kMaxTsProgramStreams) {
@@ -79,7 +80,7 @@ Status tsTableParsePMT(const TsContext& context, TsProgram& program, const TsSec
         }
     }
     const auto add = [tree](const char* name, std::int64_t value) {
-        add_uint_to_xml(tree, name, static_cast<std::uint32_t>(value));
+        add_field(tree, name, value);
     };
     add("programNumber", program.program_number);
     add("versionNumber", program.version_number);

@@ -34,7 +34,7 @@ Status check_stream(const TsAudioSummary& audio, const TsAudioSummary& before,
 Status check_segment_timing(const TsSegmentSummary& previous, const TsSegmentSummary& current,
                             Loglist* loglist) {
     Status status = Status::kOk;
-    if (previous.first_video_pts == -1 || current.first_video_pts == -1) {
+    if (previous.first_video_pts == kNoVideoPts || current.first_video_pts == kNoVideoPts) {
         return status;
     }
     for (std::uint32_t i = 0; i < current.count; ++i) {

@@ -17,6 +17,7 @@
 namespace mediasplit {
 
 inline constexpr std::uint8_t kTsSyncByte = 0x47;
+inline constexpr std::size_t kMaxTsAudioStreams = kTsAudioSummaries;
 inline constexpr std::int64_t kPesCapacity = 1000000;
 
 // One PES packet under assembly.
