@@ -47,8 +47,8 @@ constexpr std::array<const char*, 10> kProfileNames = {
 constexpr std::array<const char*, 6> kCompatibilityNames = {"",         "pxhe.sth", "pxhe.str",
                                                             "pxhe.stl", "pxhe.stg", "pxhe.sts"};
 
-constexpr std::array<const char*, 10> kLevelNames = {
-    "", "hd24", "hd30", "fhd24", "fhd30", "fhd60", "uhd24", "uhd30", "uhd48", "uhd60"};
+constexpr std::array<const char*, 10> kLevelNames = {"",      "hd24",  "hd30",  "fhd24", "fhd30",
+                                                     "fhd60", "uhd24", "uhd30", "uhd48", "uhd60"};
 
 constexpr const char* yes_or_no(std::uint8_t flag) {
     return flag != 0 ? "Yes" : "No";
@@ -178,8 +178,8 @@ Status tsTableParsePRSMDescriptor(SectionBytes bytes, PrsmTsDescriptor& prsm, Ez
             profile_name = kCompatibilityNames[prsm.px_bl_signal_compatibility_id];
         }
     }
-    status |= Logging_err_type_check(loglist, 1004, {}, profile_name,
-                                     std::to_string(prsm.px_profile));
+    status |=
+        Logging_err_type_check(loglist, 1004, {}, profile_name, std::to_string(prsm.px_profile));
     status |= Logging_err_type_check(loglist, 1005, {}, kLevelNames[prsm.px_level],
                                      std::to_string(prsm.px_level));
     status |= Logging_err_type_check(loglist, 1006, {}, yes_or_no(prsm.rpu_present_flag));

@@ -12,7 +12,8 @@
 namespace mediasplit {
 
 // Reads the descriptor at the start of `bytes`; `consumed` gets its length with the two bytes
-// ahead of it. The result is that of the parser of its tag. `tree` (may be nullptr) gets the fields.
+// ahead of it. The result is that of the parser of its tag. `tree` (may be nullptr) gets the
+// fields.
 Status tsTableParseDescriptor(SectionBytes bytes, TsDescriptor& descriptor, std::size_t& consumed,
                               Ezxml* tree, Loglist* loglist);
 

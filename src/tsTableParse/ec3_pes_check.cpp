@@ -85,8 +85,7 @@ Addbsi addbsi_of(const OapProgramInfo& program) {
 }
 
 Status check_extension(const Ec3Check& at) {
-    const bool has_program =
-        at.info.program[0].num_dependent != 0 || at.info.num_programs != 0;
+    const bool has_program = at.info.program[0].num_dependent != 0 || at.info.num_programs != 0;
     if (const Status status = check(has_program, at.loglist, 4325, {}); status != Status::kOk) {
         return status;
     }
@@ -101,8 +100,8 @@ Status check_extension(const Ec3Check& at) {
     }
     if (status == Status::kOk) {
         const std::uint32_t complexity = at.descriptor.complexity_index_type_a;
-        status = check(addbsi.bytes[1] == complexity, at.loglist, 4328, {}, addbsi.bytes[1],
-                       complexity);
+        status =
+            check(addbsi.bytes[1] == complexity, at.loglist, 4328, {}, addbsi.bytes[1], complexity);
     }
     return status;
 }
@@ -137,9 +136,9 @@ Status tsPacketParsePESData_EC3(const Ec3TsDescriptor& descriptor, const PesBuff
     OapEsInfo info;
     OapParserState* parser = tsPacketParserGetOAPinfo(context, context.pid);
     const bool parsed =
-        parser != nullptr && oap_es_parser(pes.data.data(),
-                                           static_cast<std::uint32_t>(pes.bytes_collected), parser,
-                                           &info) == kOapGood;
+        parser != nullptr &&
+        oap_es_parser(pes.data.data(), static_cast<std::uint32_t>(pes.bytes_collected), parser,
+                      &info) == kOapGood;
     if (const Status status = check(parsed, context.loglist, 4333, {}); status != Status::kOk) {
         return status;
     }

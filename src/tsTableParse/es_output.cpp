@@ -45,9 +45,9 @@ Status esCreateWriteCallback(const std::string& name, std::uint32_t kind, std::i
     if (files.output_folder.empty() || is_left_out(files, pid)) {
         return Status::kOk;
     }
-    const Status status = ioOpenFile(files.output_folder + "/" + name,
-                                     kind == 0 ? kIoAudio : kIoVideo,
-                                     static_cast<std::uint64_t>(pid), files.table);
+    const Status status =
+        ioOpenFile(files.output_folder + "/" + name, kind == 0 ? kIoAudio : kIoVideo,
+                   static_cast<std::uint64_t>(pid), files.table);
     if (status != Status::kOk) {
         // A stream that has nowhere to go fails the run.
         files.status |= Status::kFailed;

@@ -33,8 +33,7 @@ Status parse_pes_payload(TsOutputFiles& files, std::size_t offset, PesBuffer& pe
 
 Status parse_program_table(TsOutputFiles& files, std::size_t offset, std::int64_t program_number,
                            TsContext& context, TsTables& tables) {
-    context.table_kind =
-        program_number == 0 ? TsTableKind::kNetworkInformation : TsTableKind::kPmt;
+    context.table_kind = program_number == 0 ? TsTableKind::kNetworkInformation : TsTableKind::kPmt;
     const Status status = tsTableParse(files, offset, context, tables);
     if (status != Status::kOk || context.table_kind != TsTableKind::kPmt) {
         return status;
@@ -45,7 +44,8 @@ Status parse_program_table(TsOutputFiles& files, std::size_t offset, std::int64_
 
 void flush_all(TsOutputFiles& files, TsContext& context) {
     for (std::uint32_t i = 0; i < context.stream_info.audio_count; ++i) {
-        tsPacketFlushPESData(files, context.audio_pes[i], context, context.stream_info.audio_pid[i]);
+        tsPacketFlushPESData(files, context.audio_pes[i], context,
+                             context.stream_info.audio_pid[i]);
     }
     tsPacketFlushPESData(files, context.video_pes, context, context.video_pid);
 }
@@ -140,8 +140,7 @@ Status processTransporStream(TsContext& context, TsOutputFiles& files) {
         // for the sync word. Only two packets in a row without it end the run, and then nothing
         // that is under assembly is written.
         const bool was_synchronised = is_synchronised(context);
-        const bool at_end =
-            ioReadPacket(context.packet, *files.input, context.packet_count) != 0;
+        const bool at_end = ioReadPacket(context.packet, *files.input, context.packet_count) != 0;
         if (was_synchronised && at_end) {
             break;
         }

@@ -172,8 +172,7 @@ void fold_audio_pts(std::int64_t pts, std::size_t index, TsStreamInfo& info) {
     fold_pts(pts, info.audio_first_pts[index], info.audio_last_pts[index]);
     if (info.audio_last_pts[index] != last) {
         const std::uint32_t length = info.audio_frame_ticks[index] * info.audio_frames[index];
-        info.audio_end_pts[index] =
-            info.audio_last_pts[index] + static_cast<std::int32_t>(length);
+        info.audio_end_pts[index] = info.audio_last_pts[index] + static_cast<std::int32_t>(length);
     }
 }
 
@@ -228,16 +227,15 @@ Status tsPacketParsePESData(TsOutputFiles& files, std::size_t offset, PesBuffer&
         return status;
     }
     const auto payload = payload_from(context, offset);
-    const auto wanted =
-        static_cast<std::size_t>(std::max<std::int64_t>(pes.payload_target - pes.bytes_collected, 0));
+    const auto wanted = static_cast<std::size_t>(
+        std::max<std::int64_t>(pes.payload_target - pes.bytes_collected, 0));
     const auto taken = payload.first(std::min(wanted, payload.size()));
     append(pes, taken);
     if (pes.bytes_collected < pes.payload_target) {
         return status;
     }
     pes.complete = 1;
-    return status |
-           complete_pes_packet(files, payload.subspan(taken.size()), pes, context, tables);
+    return status | complete_pes_packet(files, payload.subspan(taken.size()), pes, context, tables);
 }
 
 }  // namespace mediasplit

@@ -22,9 +22,8 @@ Status read_descriptors(SectionBytes bytes, std::int64_t length, std::size_t lim
     while (static_cast<std::int64_t>(position) < length) {
         TsDescriptor descriptor;
         std::size_t consumed = 0;
-        const Status status =
-            tsTableParseDescriptor(bytes.from(position), descriptor, consumed,
-                                   add_element(tree, "descriptor"), loglist);
+        const Status status = tsTableParseDescriptor(bytes.from(position), descriptor, consumed,
+                                                     add_element(tree, "descriptor"), loglist);
         if (status != Status::kOk) {
             return status;
         }
@@ -36,8 +35,7 @@ Status read_descriptors(SectionBytes bytes, std::int64_t length, std::size_t lim
     return Status::kOk;
 }
 
-Status read_stream(SectionBytes bytes, Ezxml* tree, Loglist* loglist,
-                   TsElementaryStream& stream) {
+Status read_stream(SectionBytes bytes, Ezxml* tree, Loglist* loglist, TsElementaryStream& stream) {
     stream.stream_type = bytes[0];
     stream.elementary_pid = bytes.field(1, 13);
     stream.es_info_length = bytes.field(3, 12);
@@ -72,16 +70,14 @@ Status tsTableParsePMT(const TsContext& context, TsProgram& program, const TsSec
     while (status == Status::kOk &&
            static_cast<std::int64_t>(position) < section.section_length - 1) {
         TsElementaryStream stream;
-        status = read_stream(bytes.from(position), add_element(tree, "stream"),
-                             context.loglist, stream);
+        status =
+            read_stream(bytes.from(position), add_element(tree, "stream"), context.loglist, stream);
         position += 5 + static_cast<std::size_t>(stream.es_info_length);
         if (program.streams.size() < kMaxTsProgramStreams) {
             program.streams.push_back(std::move(stream));
         }
     }
-    const auto add = [tree](const char* name, std::int64_t value) {
-        add_field(tree, name, value);
-    };
+    const auto add = [tree](const char* name, std::int64_t value) { add_field(tree, name, value); };
     add("programNumber", program.program_number);
     add("versionNumber", program.version_number);
     add("currentNextIndicator", program.current_next_indicator);

@@ -17,9 +17,9 @@ struct PmtCheck {
     ManifestContext* manifest;
     Loglist* loglist;
     Status status = Status::kOk;
-    bool ended = false;            // a rule that ends the judgement was broken
-    bool prsm_on_video = false;    // tag 0xB0 on an AVC or HEVC stream
-    bool registration = false;     // registration descriptor of the enhancement layer
+    bool ended = false;          // a rule that ends the judgement was broken
+    bool prsm_on_video = false;  // tag 0xB0 on an AVC or HEVC stream
+    bool registration = false;   // registration descriptor of the enhancement layer
 
     void end_with(Status result) {
         status |= result;
@@ -213,8 +213,8 @@ struct StreamRule {
 };
 
 constexpr StreamRule kStreamRules[] = {
-    {0x87, check_ec3_stream},  {0x0F, check_aac_stream},  {0x11, check_aac_stream},
-    {0x1B, check_avc_stream},  {0x24, check_hevc_stream}, {0x06, check_private_stream},
+    {0x87, check_ec3_stream}, {0x0F, check_aac_stream},  {0x11, check_aac_stream},
+    {0x1B, check_avc_stream}, {0x24, check_hevc_stream}, {0x06, check_private_stream},
 };
 
 // A manifest that speaks of the enhancement layer, or of no codec, needs to see one.

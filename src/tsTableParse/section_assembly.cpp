@@ -38,8 +38,8 @@ void collect(std::size_t offset, const TsContext& context, TsSection& section) {
         section.section_length = (flags & 0x0F) << 8 | context.byte_at(start + 3);
     }
     const std::int64_t wanted = section.section_length - section.bytes_collected;
-    const auto available =
-        static_cast<std::int64_t>(start + 1 < kTransportPacketSize ? kTransportPacketSize - start - 1 : 0);
+    const auto available = static_cast<std::int64_t>(
+        start + 1 < kTransportPacketSize ? kTransportPacketSize - start - 1 : 0);
     const std::int64_t taken = std::clamp<std::int64_t>(wanted, 0, available);
     if (taken > 0) {
         std::memcpy(section.buffer.data() + section.bytes_collected,
@@ -93,8 +93,7 @@ Status parse_pmt_section(TsOutputFiles& files, TsSection& section, TsContext& co
 
 }  // namespace
 
-int tsTableCheckProgramPID(std::int64_t pid, const TsTables& tables,
-                           std::int64_t& program_number) {
+int tsTableCheckProgramPID(std::int64_t pid, const TsTables& tables, std::int64_t& program_number) {
     const auto count = std::clamp<std::int64_t>(tables.pat_entry_count, 0, kMaxTsPatEntries);
     for (std::int64_t i = 0; i < count; ++i) {
         const TsPatEntry& entry = tables.pat_entries[static_cast<std::size_t>(i)];

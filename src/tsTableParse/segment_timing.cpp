@@ -19,7 +19,8 @@ Status check_stream(const TsAudioSummary& audio, const TsAudioSummary& before,
         return status;
     }
     const std::int64_t offset = audio.first_pts - video;
-    Status status = check(offset <= kLargestOffset, loglist, 4107, {}, audio.first_pts, video, offset);
+    Status status =
+        check(offset <= kLargestOffset, loglist, 4107, {}, audio.first_pts, video, offset);
     if (before.stream_type == audio.stream_type) {
         // Deliberate: 32-bit arithmetic, and only a growing offset counts.
         const auto drift = static_cast<std::int32_t>(

@@ -19,13 +19,12 @@ struct TypeExtension {
     const char* extension;
 };
 
-constexpr std::array kAudioTypes = {
-    TypeExtension{0x04, ""}, TypeExtension{0x0F, "adts"}, TypeExtension{0x11, "aac"},
-    TypeExtension{0x81, "ac3"}, TypeExtension{0x87, "ec3"}};
+constexpr std::array kAudioTypes = {TypeExtension{0x04, ""}, TypeExtension{0x0F, "adts"},
+                                    TypeExtension{0x11, "aac"}, TypeExtension{0x81, "ac3"},
+                                    TypeExtension{0x87, "ec3"}};
 
-constexpr std::array kVideoTypes = {
-    TypeExtension{0x01, "mpeg"}, TypeExtension{0x02, "mpeg"}, TypeExtension{0x1B, "h264"},
-    TypeExtension{0x24, "h265"}};
+constexpr std::array kVideoTypes = {TypeExtension{0x01, "mpeg"}, TypeExtension{0x02, "mpeg"},
+                                    TypeExtension{0x1B, "h264"}, TypeExtension{0x24, "h265"}};
 
 // Tags that tell the codec of private data, the one that wins first.
 constexpr std::array kAudioTags = {TypeExtension{kTagAc4, "ac4"}, TypeExtension{kTagEc3Dvb, "ec3"},

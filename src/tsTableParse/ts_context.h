@@ -31,8 +31,8 @@ struct PesBuffer {
     std::uint32_t complete = 0;  // payload_target was reached
     std::uint32_t idle = 1;
     std::int64_t pts_dts_flags = 0;
-    std::int64_t pts = -1;  // -1 if absent
-    std::int64_t dts = 0;   // kept from the last packet that had one
+    std::int64_t pts = -1;   // -1 if absent
+    std::int64_t dts = 0;    // kept from the last packet that had one
     std::uint32_t kind = 0;  // 0 audio, 1 video
     std::int64_t total_bytes = 0;
 };

@@ -1,4 +1,5 @@
-// Takes an MPEG-2 transport stream apart into one file for each elementary stream (ISO/IEC 13818-1).
+// Takes an MPEG-2 transport stream apart into one file for each elementary stream (ISO/IEC
+// 13818-1).
 #pragma once
 
 #include <cstdint>
@@ -11,11 +12,11 @@
 namespace mediasplit {
 
 // Demultiplexes the open `input` to its end. Files are named after `name_prefix` in
-// `output_folder`, created anew if `first`, otherwise added to; with `pid_filter` other than -1 only
-// that PID is written. `manifest` (may be nullptr) is what the manifest says of the stream, and gets
-// what was found of its channels. `summary` (may be nullptr) is filled if the result is 0. `is_hls`
-// turns on the rules that forbid this container. The result is the OR of everything reported;
-// kFailed is in it if a file couldn't be opened or written.
+// `output_folder`, created anew if `first`, otherwise added to; with `pid_filter` other than -1
+// only that PID is written. `manifest` (may be nullptr) is what the manifest says of the stream,
+// and gets what was found of its channels. `summary` (may be nullptr) is filled if the result is 0.
+// `is_hls` turns on the rules that forbid this container. The result is the OR of everything
+// reported; kFailed is in it if a file couldn't be opened or written.
 Status tsdemux(InputFile& input, const std::string& output_folder, const std::string& name_prefix,
                bool first, ManifestContext* manifest, TsSegmentSummary* summary, bool is_hls,
                Loglist* loglist, std::int64_t pid_filter);

@@ -1,6 +1,7 @@
 #include "tests/support/ts_builder.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace mediasplit {
 
@@ -10,7 +11,7 @@ constexpr std::size_t kPacket = 188;
 constexpr std::size_t kPayload = 184;
 
 void append(Bytes& to, const Bytes& from) {
-    to.insert(to.end(), from.begin(), from.end());
+    std::copy(from.begin(), from.end(), std::back_inserter(to));
 }
 
 void append16(Bytes& to, unsigned value) {
@@ -58,9 +59,9 @@ TsBuilder& TsBuilder::section(std::uint16_t pid, const Bytes& from_table_id) {
     Bytes payload = {0};
     append(payload, from_table_id);
     for (std::size_t at = 0; at < payload.size(); at += kPayload) {
-        Bytes part(payload.begin() + static_cast<std::ptrdiff_t>(at),
-                   payload.begin() +
-                       static_cast<std::ptrdiff_t>(std::min(at + kPayload, payload.size())));
+        Bytes part(
+            payload.begin() + static_cast<std::ptrdiff_t>(at),
+            payload.begin() + static_cast<std::ptrdiff_t>(std::min(at + kPayload, payload.size())));
         part.resize(kPayload, 0xFF);
         packet(pid, at == 0, part);
     }
@@ -122,10 +123,10 @@ Bytes pes_bytes(const PesDescription& description) {
 TsBuilder& TsBuilder::pes(std::uint16_t pid, const PesDescription& description) {
     const Bytes pes = pes_bytes(description);
     for (std::size_t at = 0; at < pes.size(); at += kPayload) {
-        packet(pid, at == 0,
-               Bytes(pes.begin() + static_cast<std::ptrdiff_t>(at),
-                     pes.begin() +
-                         static_cast<std::ptrdiff_t>(std::min(at + kPayload, pes.size()))));
+        packet(
+            pid, at == 0,
+            Bytes(pes.begin() + static_cast<std::ptrdiff_t>(at),
+                  pes.begin() + static_cast<std::ptrdiff_t>(std::min(at + kPayload, pes.size()))));
     }
     return *this;
 }

@@ -118,7 +118,7 @@ struct DemuxCall {
     bool first = false;
     bool has_summary = false;
     bool is_hls = false;
-    std::int32_t pid = 0;
+    std::int64_t pid = 0;
     bool operator==(const DemuxCall&) const = default;
 };
 
@@ -128,7 +128,7 @@ std::vector<Status> g_results;
 
 Status scripted_demux(InputFile& input, const std::string& output_dir, const std::string& name,
                       bool first, ManifestContext* context, TsSegmentSummary* summary, bool is_hls,
-                      Loglist* /*loglist*/, std::int32_t pid) {
+                      Loglist* /*loglist*/, std::int64_t pid) {
     EXPECT_EQ(context, nullptr);
     std::string content(16, '\0');
     content.resize(ReadBytes(content.data(), content.size(), input));

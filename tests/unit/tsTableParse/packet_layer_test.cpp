@@ -105,10 +105,10 @@ TEST(PacketLayer, EveryAdaptationFieldLengthEnds) {
         for (const int start : {0x00, 0x40}) {
             for (const int pid : {0x000, 0x100, 0x101}) {
                 TsBuilder builder = video_program();
-                builder.raw({0x47, static_cast<std::uint8_t>(start | pid >> 8),
-                             static_cast<std::uint8_t>(pid), 0x30,
-                             static_cast<std::uint8_t>(length)},
-                            0xFF);
+                builder.raw(
+                    {0x47, static_cast<std::uint8_t>(start | pid >> 8),
+                     static_cast<std::uint8_t>(pid), 0x30, static_cast<std::uint8_t>(length)},
+                    0xFF);
                 demux(builder.bytes());
             }
         }
@@ -136,12 +136,18 @@ TEST(PacketLayer, ClockReferenceLosesItsTopBit) {
     const auto context = tsOpen(1, nullptr, false, nullptr);
     // base 0x1_2345_6789, extension 0x155
     constexpr std::uint64_t kBase = 0x123456789;
-    context->packet = {0x47, 0, 0, 0x20, 7, 0x10,
+    context->packet = {0x47,
+                       0,
+                       0,
+                       0x20,
+                       7,
+                       0x10,
                        static_cast<std::uint8_t>(kBase >> 25),
                        static_cast<std::uint8_t>(kBase >> 17),
                        static_cast<std::uint8_t>(kBase >> 9),
                        static_cast<std::uint8_t>(kBase >> 1),
-                       static_cast<std::uint8_t>((kBase & 1) << 7 | 1), 0x55};
+                       static_cast<std::uint8_t>((kBase & 1) << 7 | 1),
+                       0x55};
     tsPacketParseHeader(*context);
     tsPacketParseAdaptationField(*context);
     EXPECT_EQ(context->pcr_base, 0x23456789);
@@ -195,8 +201,9 @@ TEST(PacketLayer, SeriesAddsToTheFiles) {
 }
 
 TEST(PacketLayer, EveryTruncationAndEveryChangedByteEnds) {
-    TsBuilder builder = one_program({{0x1B, kVideo, descriptor(0xB0, {1, 0, 8, 0x15, 0x10})},
-                                     {0x06, kAudio, descriptor(0x7A, {0x7F, 0xFF, 0xFF, 1, 2, 3})}});
+    TsBuilder builder =
+        one_program({{0x1B, kVideo, descriptor(0xB0, {1, 0, 8, 0x15, 0x10})},
+                     {0x06, kAudio, descriptor(0x7A, {0x7F, 0xFF, 0xFF, 1, 2, 3})}});
     builder.pes(kVideo, {.pts = 1, .dts = 1, .payload = pattern(200, 1)});
     builder.pes(kAudio, {.stream_id = 0xBD, .pts = 1, .payload = pattern(100, 1)});
     const Bytes bytes = builder.bytes();

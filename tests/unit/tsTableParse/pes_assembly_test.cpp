@@ -78,8 +78,10 @@ TEST(PesAssembly, UnboundedPacketThatFillsTheBufferWithAPacketDropsTheRest) {
     builder.packet(kVideo, false, Bytes(pes.begin() + 143, pes.begin() + 153));
     at += 10;
     for (; at < pes.size(); at += 184) {
-        builder.packet(kVideo, false, Bytes(pes.begin() + static_cast<std::ptrdiff_t>(at),
-                                            pes.begin() + static_cast<std::ptrdiff_t>(std::min(at + 184, pes.size()))));
+        builder.packet(
+            kVideo, false,
+            Bytes(pes.begin() + static_cast<std::ptrdiff_t>(at),
+                  pes.begin() + static_cast<std::ptrdiff_t>(std::min(at + 184, pes.size()))));
     }
     builder.packet(kVideo, false, pattern(184, 9));
     EXPECT_EQ(demux(builder.bytes()).files.at(kVideoFile), payload);
@@ -134,8 +136,9 @@ TEST(PesAssembly, PtsBelowDtsIsReportedInTheUpperHalfOnly) {
         builder.pes(kVideo, {.pts = pts, .dts = dts, .payload = pattern(20, 1)});
         return demux(builder.bytes());
     };
-    EXPECT_EQ(run(0x100000000, 0x100000001).text(4105),
-              "In TS PES packet, the PTS is smaller than the DTS. PTS : 4294967296, DTS : 4294967297.");
+    EXPECT_EQ(
+        run(0x100000000, 0x100000001).text(4105),
+        "In TS PES packet, the PTS is smaller than the DTS. PTS : 4294967296, DTS : 4294967297.");
     EXPECT_EQ(run(0x100000001, 0x100000001).count(4105), 0U);
     EXPECT_EQ(run(10, 11).count(4105), 0U);
 }

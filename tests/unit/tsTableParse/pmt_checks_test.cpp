@@ -24,8 +24,9 @@ TsRun judge(const std::vector<TsStreamDescription>& streams, ManifestContext* ma
 // An ATSC E-AC-3 descriptor with the given flags and service bytes.
 Bytes ec3(std::uint8_t flags, std::uint8_t full, std::uint8_t service, std::uint8_t channels,
           std::uint8_t tag = 0xCC) {
-    return descriptor(tag, {static_cast<std::uint8_t>(0x80 | flags),
-                            static_cast<std::uint8_t>(0x80 | full << 6 | service << 3 | channels), 0x3F});
+    return descriptor(
+        tag, {static_cast<std::uint8_t>(0x80 | flags),
+              static_cast<std::uint8_t>(0x80 | full << 6 | service << 3 | channels), 0x3F});
 }
 
 Bytes joc_ec3(std::uint8_t tag) {
@@ -33,7 +34,8 @@ Bytes joc_ec3(std::uint8_t tag) {
 }
 
 Bytes prsm(std::uint8_t major, std::uint8_t minor, unsigned flags) {
-    return descriptor(0xB0, {major, minor, 8 << 1, static_cast<std::uint8_t>(1 << 3 | flags), 0x10});
+    return descriptor(0xB0,
+                      {major, minor, 8 << 1, static_cast<std::uint8_t>(1 << 3 | flags), 0x10});
 }
 
 Bytes registration(const char* text) {
@@ -81,10 +83,11 @@ TEST(PmtEac3, ParsedChannelCountIsTheLimit) {
     manifest.channels_text = "2/JOC";
     manifest.channels_parsed = 1;
     manifest.channel_count = 2;
-    EXPECT_EQ(judge({{0x87, kPid, ec3(0, 1, 0, 4)}}, &manifest).text(4289),
-              "For an [EC3] stream, in HLS master-manifest, the channel count value scheduled in the "
-              "attribute \"CHANNELS\" (value: 2/JOC) in the #EXT-X-MEDIA [index : 2] is too small, "
-              "the EC3 stream requires 4 channels.");
+    EXPECT_EQ(
+        judge({{0x87, kPid, ec3(0, 1, 0, 4)}}, &manifest).text(4289),
+        "For an [EC3] stream, in HLS master-manifest, the channel count value scheduled in the "
+        "attribute \"CHANNELS\" (value: 2/JOC) in the #EXT-X-MEDIA [index : 2] is too small, "
+        "the EC3 stream requires 4 channels.");
     EXPECT_EQ(manifest.found_channels_max, 4U);
     EXPECT_EQ(manifest.found_channels_valid, 1U);
     manifest.channel_count = 6;
@@ -106,7 +109,8 @@ TEST(PmtEac3, FlagsMustBeClear) {
     for (const std::uint8_t flag : {0x20, 0x10, 0x08}) {
         EXPECT_EQ(judge({{0x87, kPid, ec3(flag, 1, 0, 4)}}).count(4320), 1U) << int{flag};
     }
-    EXPECT_EQ(judge({{0x87, kPid, descriptor(0xCC, {0x80, 0xC4, 0x40, 'e', 'n', 'g'})}}).count(4320), 1U);
+    EXPECT_EQ(
+        judge({{0x87, kPid, descriptor(0xCC, {0x80, 0xC4, 0x40, 'e', 'n', 'g'})}}).count(4320), 1U);
     EXPECT_EQ(judge({{0x87, kPid, ec3(0x47, 1, 0, 4)}}).count(4320), 0U);
 }
 
@@ -116,10 +120,10 @@ struct ServiceCase {
 };
 
 TEST(PmtEac3, ServiceTypeRules) {
-    const ServiceCase cases[] = {
-        {1, 0, 4, 0},    {0, 0, 4, 4321}, {0, 1, 4, 0}, {1, 1, 4, 4322}, {0, 4, 4, 0},
-        {1, 4, 4, 4322}, {0, 5, 0, 0},    {0, 5, 2, 4323}, {1, 6, 0, 0}, {0, 6, 0, 4324},
-        {1, 6, 1, 4324}, {0, 2, 4, 0},    {1, 7, 7, 0}};
+    const ServiceCase cases[] = {{1, 0, 4, 0}, {0, 0, 4, 4321}, {0, 1, 4, 0},    {1, 1, 4, 4322},
+                                 {0, 4, 4, 0}, {1, 4, 4, 4322}, {0, 5, 0, 0},    {0, 5, 2, 4323},
+                                 {1, 6, 0, 0}, {0, 6, 0, 4324}, {1, 6, 1, 4324}, {0, 2, 4, 0},
+                                 {1, 7, 7, 0}};
     for (const auto& one : cases) {
         const TsRun run = judge({{0x87, kPid, ec3(0, one.full, one.service, one.channels)}});
         for (const int id : {4321, 4322, 4323, 4324}) {
@@ -208,10 +212,11 @@ TEST(PmtPrsm, ManifestThatNamesItNeedsOne) {
     ManifestContext silent;
     ManifestContext other = manifest_of("hvc1.2.4.L123.B0");
     named.duplicate_index_text = "3, 5";
-    EXPECT_EQ(judge({{0x0F, kPid, {}}}, &named).text(4156),
-              "In HLS master-manifest, the CODECS attribute in the #EXT-X-STREAM-INF [index : 3, 5] "
-              "indicates it refers a Orvel Prisma stream, but none Orvel Prisma stream or "
-              "registration descriptor has been found in PMT of current TS segment.");
+    EXPECT_EQ(
+        judge({{0x0F, kPid, {}}}, &named).text(4156),
+        "In HLS master-manifest, the CODECS attribute in the #EXT-X-STREAM-INF [index : 3, 5] "
+        "indicates it refers a Orvel Prisma stream, but none Orvel Prisma stream or "
+        "registration descriptor has been found in PMT of current TS segment.");
     EXPECT_EQ(judge({{0x0F, kPid, {}}}, &silent).count(4156), 1U);
     EXPECT_EQ(judge({{0x0F, kPid, {}}}, &other).count(4156), 0U);
     EXPECT_EQ(judge({{0x24, kPid, prsm(1, 0, 5)}}, &named).count(4156), 0U);

@@ -65,8 +65,7 @@ TEST(StreamSelection, Ac4WinsTheExtensionAndEac3IsStillJudged) {
     tags.insert(tags.end(), ac4.begin(), ac4.end());
     ManifestContext manifest;
     manifest.codecs = "mp4a.40.2";
-    const TsRun run =
-        demux(one_program({{0x06, kAudio, tags}}).bytes(), {.manifest = &manifest});
+    const TsRun run = demux(one_program({{0x06, kAudio, tags}}).bytes(), {.manifest = &manifest});
     EXPECT_EQ(names(run), Names{"main_PID_258.out.ac4"});
     EXPECT_EQ(run.count(4283), 1U);
 }
@@ -183,11 +182,13 @@ TEST(Sections, MoreTablesThanThereIsRoomForAreDropped) {
     TsBuilder builder;
     std::vector<TsBuilder::Program> programs;
     for (std::uint16_t i = 0; i < 40; ++i) {
-        programs.push_back({static_cast<std::uint16_t>(i + 1), static_cast<std::uint16_t>(0x100 + i)});
+        programs.push_back(
+            {static_cast<std::uint16_t>(i + 1), static_cast<std::uint16_t>(0x100 + i)});
     }
     builder.pat(programs);
     for (const auto& program : programs) {
-        builder.pmt(program.pid, program.number, {{0x0F, static_cast<std::uint16_t>(program.pid + 0x100), {}}});
+        builder.pmt(program.pid, program.number,
+                    {{0x0F, static_cast<std::uint16_t>(program.pid + 0x100), {}}});
     }
     EXPECT_EQ(names(demux(builder.bytes())), Names{"main_PID_512.out.adts"});
 }
@@ -222,9 +223,9 @@ TEST(Descriptors, LabelsAreThoseOfTheirTags) {
 
 TEST(Descriptors, Eac3FieldsAreReadInOrder) {
     Ec3TsDescriptor ec3;
-    const Bytes bytes = descriptor(
-        0xCC, {0x7F, 0x6D, 0xD0, 0x15, 0xA1, 0xB1, 0xB2, 0xB3, 'e', 'n', 'g', 'f', 'r', 'a', '1', '1',
-               '1', '2', '2', '2', '3', '3', '3', 0x01, 0x10});
+    const Bytes bytes =
+        descriptor(0xCC, {0x7F, 0x6D, 0xD0, 0x15, 0xA1, 0xB1, 0xB2, 0xB3, 'e', 'n', 'g',  'f', 'r',
+                          'a',  '1',  '1',  '1',  '2',  '2',  '2',  '3',  '3', '3', 0x01, 0x10});
     tsTableParseEAC3Descriptor({bytes}, ec3, nullptr);
     EXPECT_EQ(ec3.bsid_flag, 1);
     EXPECT_EQ(ec3.mixinfoexists_flag, 1);
@@ -308,15 +309,17 @@ TEST(PrsmDescriptor, FieldsAreToldAsInfo) {
 }
 
 TEST(PrsmDescriptor, ProfileNamesAreThoseOfTheTable) {
-    const std::vector<std::string> expected = {"pxav.per", "pxav.pen", "pxhe.der", "pxhe.den", "pxhe.dtr",
-                                         "pxhe.stn", "pxhe.dth", "pxhe.dtb", "unassigned", "pxav.ser"};
+    const std::vector<std::string> expected = {"pxav.per",   "pxav.pen", "pxhe.der", "pxhe.den",
+                                               "pxhe.dtr",   "pxhe.stn", "pxhe.dth", "pxhe.dtb",
+                                               "unassigned", "pxav.ser"};
     for (unsigned profile = 0; profile < expected.size(); ++profile) {
         const PrsmRun run = read_prsm(prsm_body(profile, 1, 5, {}));
         EXPECT_NE(run.text(1004).find(expected[profile] + "(" + std::to_string(profile) + ")"),
                   std::string::npos);
         EXPECT_EQ(run.text(1009), "");
     }
-    const std::vector<std::string> compatible = {"pxhe.sth", "pxhe.str", "pxhe.stl", "pxhe.stg", "pxhe.sts"};
+    const std::vector<std::string> compatible = {"pxhe.sth", "pxhe.str", "pxhe.stl", "pxhe.stg",
+                                                 "pxhe.sts"};
     for (unsigned id = 1; id <= compatible.size(); ++id) {
         const PrsmRun run = read_prsm(prsm_body(8, 1, 5, {static_cast<std::uint8_t>(id << 4)}));
         EXPECT_NE(run.text(1004).find(compatible[id - 1] + "(8)"), std::string::npos);
@@ -325,7 +328,7 @@ TEST(PrsmDescriptor, ProfileNamesAreThoseOfTheTable) {
 
 TEST(PrsmDescriptor, LevelNamesAreThoseOfTheTable) {
     const std::vector<std::string> expected = {"hd24",  "hd30",  "fhd24", "fhd30", "fhd60",
-                                         "uhd24", "uhd30", "uhd48", "uhd60"};
+                                               "uhd24", "uhd30", "uhd48", "uhd60"};
     for (unsigned level = 1; level <= expected.size(); ++level) {
         const PrsmRun run = read_prsm(prsm_body(5, level, 5, {}));
         EXPECT_NE(run.text(1005).find(": " + expected[level - 1] + "("), std::string::npos);
@@ -335,14 +338,16 @@ TEST(PrsmDescriptor, LevelNamesAreThoseOfTheTable) {
 TEST(PrsmDescriptor, DependencyIsReadWithoutABaseLayer) {
     const PrsmRun run = read_prsm(prsm_body(4, 3, 6, {0x08, 0x08, 0x20}));
     EXPECT_EQ(run.fields.dependency_pid, 0x101U);
-    EXPECT_EQ(run.text(1003), "In the TS PMT descriptor, the [Orvel Prisma] stream dependency PID : 257.");
+    EXPECT_EQ(run.text(1003),
+              "In the TS PMT descriptor, the [Orvel Prisma] stream dependency PID : 257.");
     EXPECT_EQ(run.fields.px_bl_signal_compatibility_id, 2);
 }
 
 TEST(PrsmDescriptor, ValuesOutOfRangeStop) {
     const PrsmRun profile = read_prsm(prsm_body(10, 1, 5, {}));
     EXPECT_EQ(profile.status, Status::kRuleBroken);
-    EXPECT_EQ(profile.text(4254), "For a [Orvel Prisma] stream, in TS PMT descriptor, the profile is invalid : 10.");
+    EXPECT_EQ(profile.text(4254),
+              "For a [Orvel Prisma] stream, in TS PMT descriptor, the profile is invalid : 10.");
     EXPECT_EQ(profile.text(1004), "");
     const PrsmRun level = read_prsm(prsm_body(9, 10, 5, {}));
     EXPECT_NE(level.text(4255), "");

@@ -50,9 +50,8 @@ std::size_t TsRun::count(int id) const {
 }
 
 std::string TsRun::text(int id) const {
-    const auto found =
-        std::find_if(reports.begin(), reports.end(),
-                     [id](const RecordedReport& report) { return report.id == id; });
+    const auto found = std::find_if(reports.begin(), reports.end(),
+                                    [id](const RecordedReport& report) { return report.id == id; });
     return found == reports.end() ? std::string() : found->text;
 }
 
