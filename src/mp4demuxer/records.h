@@ -25,6 +25,7 @@ struct DsiRecord;
 struct Loglist;
 struct ManifestContext;
 struct Ezxml;
+struct OutputSet;
 
 inline constexpr std::uint32_t kMaxTracks = 256;
 
@@ -309,6 +310,7 @@ struct Mp4Stream {
     std::uint32_t el_seen = 0;
     std::uint32_t rpu_seen = 0;
     std::uint32_t parameter_sets_written = 0;
+    std::uint32_t vps_compared = 0;  // a configuration without VPS was held against the stream's
     std::uint32_t rpu_compression_seen = 0;
     std::uint32_t rpu_compression_max = 0;
     std::shared_ptr<void> oap_parser;
@@ -368,8 +370,9 @@ struct Mp4Demuxer {
     std::optional<std::string> output_dir;
     std::optional<std::string> output_base;
     std::optional<std::string> output_suffix;
-    std::vector<std::unique_ptr<OutputFile>> out_files;  // one slot a stream, null until opened
+    std::vector<std::shared_ptr<OutputFile>> out_files;  // one slot a stream, null until opened
     std::uint32_t out_file_count = 0;
+    std::shared_ptr<OutputSet> outputs;  // paths behind the slots
     Mp4Stream* current = nullptr;
     std::uint64_t range_start = 0;
     std::uint32_t range_length = 0;
