@@ -67,7 +67,7 @@ using SetParser = Status (*)(const NalBuffer*, Record*, Loglist*);
 // Makes a parameter set of a unit's bytes. What the parser returns tells of null arguments alone.
 template <typename Record>
 auto parse_with(SetParser<Record> parser, Loglist* loglist) {
-    return [parser, loglist](std::vector<std::uint8_t> unit) {
+    return [parser, loglist](std::vector<std::uint8_t>&& unit) {
         ParameterSet<Record> set;
         set.unit = std::move(unit);
         const NalBuffer nal = set.nal();
@@ -76,8 +76,8 @@ auto parse_with(SetParser<Record> parser, Loglist* loglist) {
     };
 }
 
-std::vector<std::uint8_t> as_it_is(std::vector<std::uint8_t> unit) {
-    return unit;
+std::vector<std::uint8_t> as_it_is(std::vector<std::uint8_t>&& unit) {
+    return std::move(unit);
 }
 
 // Parameter sets with start codes behind the four bytes "PIFF".
