@@ -183,9 +183,17 @@ TEST_F(TsFlow, SeriesComparesTheTimingOfNeighbours) {
     write("a_2.ts", "two");
     g_summaries = {kPrevious, summary_of(91000, 181000, {{kEac3, 91500, 181500}}),
                    summary_of(181000, 271000, {{kEac3, 180000, 271000}})};
-    // Once the status isn't 0 any more, nothing is compared.
     EXPECT_EQ(run_series("a_%d.ts", 0), Status::kRuleBroken);
-    EXPECT_EQ(sink_.ids(), (Ids{3, 3, 4108, 3}));
+    EXPECT_EQ(sink_.ids(), (Ids{3, 3, 4108, 3, 4106}));
+}
+
+TEST_F(TsFlow, FileWithReportsOfItsOwnIsNotCompared) {
+    write("a_0.ts", "zero");
+    write("a_1.ts", "one");
+    g_summaries = {kPrevious, summary_of(91000, 181000, {{kEac3, 91500, 181500}})};
+    g_results = {Status::kOk, Status::kRuleBroken};
+    EXPECT_EQ(run_series("a_%d.ts", 0), Status::kRuleBroken);
+    EXPECT_EQ(sink_.ids(), (Ids{3, 3}));
 }
 
 TEST_F(TsFlow, FirstFileOfASeriesIsComparedWithNothing) {
