@@ -24,8 +24,8 @@ struct DecryptContext;
 struct DsiRecord;
 struct Loglist;
 struct ManifestContext;
-struct OutputSet;
 struct Ezxml;
+struct OutputSet;
 
 inline constexpr std::uint32_t kMaxTracks = 256;
 

@@ -1,7 +1,7 @@
 // Comparison of single codec texts.
-#include <algorithm>
 #include <string_view>
 
+#include "src/util/text.h"
 #include "src/video/codec_text.h"
 
 namespace mediasplit {
@@ -21,11 +21,6 @@ bool is_same_object(OptText a, OptText b) {
 
 char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool equal_ignoring_case(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [](char left, char right) { return lower(left) == lower(right); });
 }
 
 // What `a` may have behind the end of `b`: zero fields, with `points` seen already. A lone "0"
@@ -75,7 +70,7 @@ bool avc_codec_match(OptText a, OptText b) {
         return a->starts_with(*b);
     }
     return a->size() == kFullAvcCodec && b->size() == kFullAvcCodec &&
-           a->substr(0, 5) == b->substr(0, 5) && equal_ignoring_case(a->substr(5), b->substr(5));
+           a->substr(0, 5) == b->substr(0, 5) && case_sensitive_same(a->substr(5), b->substr(5));
 }
 
 bool hevc_codec_match(OptText a, OptText b) {

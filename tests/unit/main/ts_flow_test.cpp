@@ -8,6 +8,7 @@
 #include "src/log/logging.h"
 #include "src/main/checkpoints.h"
 #include "src/main/flows/flows.h"
+#include "src/tsTableParse/segment_timing.h"
 #include "tests/support/recording_sink.h"
 #include "tests/unit/main/run_options_scope.h"
 
@@ -40,7 +41,7 @@ TsSegmentSummary summary_of(std::int64_t first_video, std::int64_t video_end,
 Ids timing_findings(const TsSegmentSummary& previous, const TsSegmentSummary& current) {
     const RecordingSink sink;
     const auto loglist = make_loglist();
-    const Status status = check_ts_timing(previous, current, loglist.get());
+    const Status status = check_segment_timing(previous, current, loglist.get());
     EXPECT_EQ(status, sink.ids().empty() ? Status::kOk : Status::kRuleBroken);
     return sink.ids();
 }
@@ -117,7 +118,7 @@ struct DemuxCall {
     bool first = false;
     bool has_summary = false;
     bool is_hls = false;
-    std::int32_t pid = 0;
+    std::int64_t pid = 0;
     bool operator==(const DemuxCall&) const = default;
 };
 
@@ -127,7 +128,7 @@ std::vector<Status> g_results;
 
 Status scripted_demux(InputFile& input, const std::string& output_dir, const std::string& name,
                       bool first, ManifestContext* context, TsSegmentSummary* summary, bool is_hls,
-                      Loglist* /*loglist*/, std::int32_t pid) {
+                      Loglist* /*loglist*/, std::int64_t pid) {
     EXPECT_EQ(context, nullptr);
     std::string content(16, '\0');
     content.resize(ReadBytes(content.data(), content.size(), input));
