@@ -7,6 +7,7 @@
 
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/box_table.h"
+#include "src/util/tree_text.h"
 
 namespace mediasplit {
 
@@ -85,10 +86,23 @@ bool parse_unknown_sample_entry(Mp4Demuxer& demuxer, InputFile& file, BoxNode& n
     }
 }
 
-HandlerResult dispatch(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
+// The element of a box in the optional tree: null without a tree.
+Ezxml* add_to_tree(Ezxml* tree, const BoxNode& node, int index) {
+    if (tree == nullptr) {
+        return nullptr;
+    }
+    Ezxml* child =
+        ezxml_add_child_copy(tree, box_type_text(node), static_cast<std::uint64_t>(index));
+    longlong2attr(child, "size", node.size);
+    return child;
+}
+
+HandlerResult dispatch(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree,
+                       int index) {
     const BoxRow* row = node.depth > kMaxBoxDepth ? nullptr : find_box_row(node.type);
     if (row != nullptr) {
-        return row->handler(demuxer, file, node, tree);
+        return row->handler(demuxer, file, node,
+                            row->in_tree ? add_to_tree(tree, node, index) : tree);
     }
     if (node.depth > kMaxBoxDepth || !parse_unknown_sample_entry(demuxer, file, node, tree)) {
         print_line("skip box %s\n", box_path(node).c_str());
@@ -99,8 +113,13 @@ HandlerResult dispatch(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxm
 // The walk over one parent: what is left of it, and what its handlers returned so far.
 class Walk {
 public:
-    Walk(Mp4Demuxer& demuxer, InputFile& file, BoxNode& parent, Ezxml* tree)
-        : demuxer_(&demuxer), file_(&file), parent_(&parent), tree_(tree), left_(parent.size) {}
+    Walk(Mp4Demuxer& demuxer, InputFile& file, BoxNode& parent, Ezxml* tree, int index)
+        : demuxer_(&demuxer),
+          file_(&file),
+          parent_(&parent),
+          tree_(tree),
+          index_(index),
+          left_(parent.size) {}
 
     HandlerResult run() {
         if (is_out_of_range(left_)) {
@@ -143,7 +162,7 @@ private:
         }
         node.size = header.payload();
         const auto end = static_cast<std::int64_t>(CurrentOffset(*file_)) + header.payload();
-        result_ |= dispatch(*demuxer_, *file_, node, tree_);
+        result_ |= dispatch(*demuxer_, *file_, node, tree_, index_++);
         move_by(end - static_cast<std::int64_t>(CurrentOffset(*file_)), *file_);
         left_ -= header.size;
         if (is_out_of_range(left_)) {
@@ -197,6 +216,7 @@ private:
     InputFile* file_;
     BoxNode* parent_;
     Ezxml* tree_;
+    int index_;  // of the next child in the tree
     std::int64_t left_;
     HandlerResult result_ = kHandled;
 };
@@ -255,8 +275,8 @@ std::string box_path(const BoxNode& node) {
 }
 
 HandlerResult parse_box_with_index(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree,
-                                   [[maybe_unused]] int index) {
-    return Walk(demuxer, file, node, tree).run();
+                                   int index) {
+    return Walk(demuxer, file, node, tree, index).run();
 }
 
 HandlerResult parse_box(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/xml_tree.h"
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/box_table.h"
 #include "tests/unit/mp4demuxer/walk_support.h"
@@ -19,10 +20,10 @@ TEST(BoxTable, HasNinetyTwoRowsThatAreFoundByType) {
     EXPECT_EQ(box_table().back().type, fourcc("senc"));
 }
 
-TEST(BoxTable, TellsFiftyEightTypesForTheTree) {
+TEST(BoxTable, TellsFiftySevenTypesForTheTree) {
     EXPECT_EQ(std::count_if(box_table().begin(), box_table().end(),
                             [](const BoxRow& row) { return row.in_tree; }),
-              58);
+              57);
     EXPECT_TRUE(find_box_row(fourcc("ftyp"))->in_tree);
     EXPECT_FALSE(find_box_row(fourcc("styp"))->in_tree);
     EXPECT_FALSE(find_box_row(fourcc("mdat"))->in_tree);
@@ -296,7 +297,7 @@ TEST(BoxWalker, WalksARangeOfTheFile) {
     const std::unique_ptr<Mp4Demuxer> demuxer = mp4demuxer_create();
     MemoryInput input(bytes);
     EXPECT_EQ(mp4demuxer_update(demuxer.get(), 8, 8), 0U);
-    testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStdout();
     mp4demuxer_parse_boxes(*demuxer, input.file());
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "skip box file: bbbb\n");
 }
@@ -306,7 +307,7 @@ TEST(BoxWalker, WalksTheFirstBytesForALengthWithoutAStart) {
     const std::unique_ptr<Mp4Demuxer> demuxer = mp4demuxer_create();
     MemoryInput input(bytes);
     mp4demuxer_update(demuxer.get(), 0, 16);
-    testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStdout();
     mp4demuxer_parse_boxes(*demuxer, input.file());
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "skip box file: aaaa\nskip box file: bbbb\n");
 }
@@ -322,7 +323,7 @@ TEST(BoxWalker, PrintsParentsBeyondEightGigabytes) {
     MemoryInput input(box("free"));
     demuxer->root.type = fourcc("file");
     demuxer->root.size = 0x200000001;
-    testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStdout();
     EXPECT_EQ(parse_box_with_index(*demuxer, input.file(), demuxer->root, nullptr, 0), 1U);
     demuxer->root.size = -5;
     EXPECT_EQ(parse_box(*demuxer, input.file(), demuxer->root, nullptr), 1U);
@@ -429,6 +430,21 @@ TEST(BoxWalker, TellsWhereTheLastFragmentBegins) {
     const WalkResult result = walk_and_listen(join({box("free", {zeros(4)}), moof_of({tfhd(9)})}));
     EXPECT_EQ(result.demuxer->moof_offset, 12);
     EXPECT_EQ(result.demuxer->moof_size, static_cast<std::int64_t>(moof_of({tfhd(9)}).size() - 8));
+}
+
+TEST(BoxWalker, BuildsATreeOfTheBoxesThatAreAskedFor) {
+    const EzxmlPtr tree = ezxml_new("file");
+    const std::unique_ptr<Mp4Demuxer> demuxer = mp4demuxer_create();
+    demuxer->tree_root = tree.get();
+    walk_again(*demuxer, join({ftyp(), movie_of({stsz({1})})}));
+    EXPECT_STREQ(ezxml_attr(ezxml_child(tree.get(), "ftyp"), "size"), "12");
+    const Ezxml* moov = ezxml_child(tree.get(), "moov");
+    ASSERT_NE(moov, nullptr);
+    EXPECT_EQ(ezxml_child(moov, "mvhd"), nullptr);
+    const Ezxml* trak = ezxml_child(moov, "trak");
+    ASSERT_NE(trak, nullptr);
+    EXPECT_NE(ezxml_child(trak, "tkhd"), nullptr);
+    EXPECT_NE(ezxml_child(ezxml_child(ezxml_child(trak, "mdia"), "minf"), "stbl"), nullptr);
 }
 
 TEST(FileReaders, ReadBigEndianNumbersAndZerosBehindTheEnd) {

@@ -4,11 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
-#include "src/log/findings.h"
 #include "src/mp4demuxer/mp4demuxer.h"
 #include "tests/support/mp4_builder.h"
 #include "tests/support/mp4_input.h"
@@ -30,10 +28,13 @@ struct WalkResult {
     }
 };
 
+// The lines of a walk; what it reports on standard error is kept from the terminal.
 inline std::string lines_of(Mp4Demuxer& demuxer, const Bytes& bytes) {
-    testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
     walk_again(demuxer, bytes);
-    return testing::internal::GetCapturedStdout();
+    ::testing::internal::GetCapturedStderr();
+    return ::testing::internal::GetCapturedStdout();
 }
 
 inline WalkResult walk_and_listen(const Bytes& bytes) {
@@ -66,22 +67,5 @@ inline Bytes fragment_movie(std::initializer_list<Bytes> rest) {
 inline Bytes moof_of(std::initializer_list<Bytes> traf_boxes) {
     return box("moof", {box("traf", traf_boxes)});
 }
-
-// Collects what is reported while it lives.
-class Findings : public FindingsSink {
-public:
-    Findings() { set_findings_sink(this); }
-    Findings(const Findings&) = delete;
-    Findings& operator=(const Findings&) = delete;
-    ~Findings() override { set_findings_sink(nullptr); }
-
-    void report(const Report& report) override {
-        texts.push_back(std::to_string(report.id) + " " + std::string(report.text));
-    }
-    void evaluated(int id) override { tested.push_back(id); }
-
-    std::vector<std::string> texts;
-    std::vector<int> tested;
-};
 
 }  // namespace mediasplit::mp4
