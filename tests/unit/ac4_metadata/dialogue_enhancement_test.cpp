@@ -41,6 +41,15 @@ Outcome parse(const MetadataBits& text, DeState& state, bool b_iframe, int ch_mo
     return out;
 }
 
+// Reads a frame that must be good and taken to its last bit.
+DialogueEnhancement parse_whole(const DeText& text, DeState& state, bool b_iframe, int ch_mode) {
+    const MetadataBits bits = write_de(text);
+    const Outcome out = parse(bits, state, b_iframe, ch_mode);
+    EXPECT_EQ(out.code, kMetadataOk);
+    EXPECT_EQ(out.position, bits.size());
+    return out.de;
+}
+
 TEST(DialogueEnhancement, ChannelsOfEachConfiguration) {
     const int expected[] = {0, 1, 1, 2, 1, 2, 2, 3};
     for (std::uint32_t config = 0; config < 8; ++config) {
@@ -81,16 +90,13 @@ TEST(DialogueEnhancement, IframeHasOneAbsoluteParameterInTheFirstChannelOnly) {
                     text.data += parameters(method, (channels - (mid_side ? 1 : 0)) * 8, true);
                     text.data += method > 1 ? "10101" : "";
                 }
-                const MetadataBits bits = write_de(text);
                 DeState state;
-                const Outcome out = parse(bits, state, true, 4);
-                EXPECT_EQ(out.code, kMetadataOk);
-                EXPECT_EQ(out.position, bits.size()) << method << " " << config << " " << mid_side;
-                EXPECT_TRUE(out.de.config_present);
-                EXPECT_EQ(out.de.config.de_method, method);
-                EXPECT_EQ(out.de.config.de_channel_config, config);
-                EXPECT_EQ(out.de.config.de_max_gain, 4);
-                EXPECT_FLOAT_EQ(out.de.max_gain_db, 12.0F);
+                const DialogueEnhancement de = parse_whole(text, state, true, 4);
+                EXPECT_TRUE(de.config_present);
+                EXPECT_EQ(de.config.de_method, method);
+                EXPECT_EQ(de.config.de_channel_config, config);
+                EXPECT_EQ(de.config.de_max_gain, 4);
+                EXPECT_FLOAT_EQ(de.max_gain_db, 12.0F);
             }
         }
     }
@@ -109,12 +115,9 @@ TEST(DialogueEnhancement, OtherFramesAreDifferentialThroughout) {
     next.config = false;
     next.data =
         std::string("10").append(parameters(3, 24, false)).append("11111");  // positions kept
-    const MetadataBits bits = write_de(next);
-    const Outcome out = parse(bits, state, false, 4);
-    EXPECT_EQ(out.code, kMetadataOk);
-    EXPECT_EQ(out.position, bits.size());
-    EXPECT_FALSE(out.de.config_present);
-    EXPECT_EQ(out.de.config.de_method, 3);
+    const DialogueEnhancement de = parse_whole(next, state, false, 4);
+    EXPECT_FALSE(de.config_present);
+    EXPECT_EQ(de.config.de_method, 3);
 }
 
 TEST(DialogueEnhancement, NewPositionsComeBeforeTheKeepFlagOfTheData) {
@@ -123,11 +126,8 @@ TEST(DialogueEnhancement, NewPositionsComeBeforeTheKeepFlagOfTheData) {
     next.method = 1;
     next.channels = 3;
     next.data = "0101101";  // positions sent, data kept
-    const MetadataBits bits = write_de(next);
     DeState state;
-    const Outcome out = parse(bits, state, false, 4);
-    EXPECT_EQ(out.code, kMetadataOk);
-    EXPECT_EQ(out.position, bits.size());
+    parse_whole(next, state, false, 4);
     EXPECT_TRUE(state.seen);
 }
 
@@ -137,11 +137,8 @@ TEST(DialogueEnhancement, KeptDataEndsTheStructure) {
     next.method = 2;
     next.channels = 1;
     next.data = "1";
-    const MetadataBits bits = write_de(next);
     DeState state;
-    const Outcome out = parse(bits, state, false, 4);
-    EXPECT_EQ(out.code, kMetadataOk);
-    EXPECT_EQ(out.position, bits.size());
+    parse_whole(next, state, false, 4);
 }
 
 TEST(DialogueEnhancement, WithoutAConfigurationIsNotFatal) {

@@ -61,6 +61,15 @@ Outcome parse(const MetadataBits& text, const DrcFacts& facts, DrcState& state) 
     return out;
 }
 
+// Reads a frame that must be good and taken to its last bit.
+DrcFrame parse_whole(const DrcText& text, const DrcFacts& facts, DrcState& state) {
+    const MetadataBits bits = write_drc(text);
+    const Outcome out = parse(bits, facts, state);
+    EXPECT_EQ(out.code, kMetadataOk);
+    EXPECT_EQ(out.position, bits.size());
+    return out.frame;
+}
+
 TEST(DrcFrame, AbsentIsOneBit) {
     DrcState state;
     const Outcome out = parse(write_drc(std::nullopt), kIframe, state);
@@ -85,16 +94,13 @@ TEST(DrcFrame, ReadsModesOfEachForm) {
     text.eac3_profile = 5;
     text.gain_sets = {{.first_gain = 70}};
     text.reset = true;
-    const MetadataBits bits = write_drc(text);
     DrcState state;
-    const Outcome out = parse(bits, kIframe, state);
-    EXPECT_EQ(out.code, kMetadataOk);
-    EXPECT_EQ(out.position, bits.size());
-    EXPECT_TRUE(out.frame.config_present && out.frame.data_read && out.frame.reset);
-    EXPECT_EQ(out.frame.mode_count, 4);
-    EXPECT_EQ(out.frame.eac3_profile, 5);
-    EXPECT_EQ(out.frame.gain_sets, 1);
-    EXPECT_EQ(out.frame.first_gain, 6);
+    const DrcFrame frame = parse_whole(text, kIframe, state);
+    EXPECT_TRUE(frame.config_present && frame.data_read && frame.reset);
+    EXPECT_EQ(frame.mode_count, 4);
+    EXPECT_EQ(frame.eac3_profile, 5);
+    EXPECT_EQ(frame.gain_sets, 1);
+    EXPECT_EQ(frame.first_gain, 6);
 
     const DrcConfig& config = state.config;
     EXPECT_EQ(config.modes[0].level_from, -31);  // stored negated
@@ -126,13 +132,10 @@ TEST(DrcFrame, CurvesWithoutTheirOptionalPartsAreShorter) {
     mode.curve = DrcCurveText{};
     text.modes = {mode};
     text.reset = false;
-    const MetadataBits bits = write_drc(text);
     DrcState state;
-    const Outcome out = parse(bits, kIframe, state);
-    EXPECT_EQ(out.code, kMetadataOk);
-    EXPECT_EQ(out.position, bits.size());
+    const DrcFrame frame = parse_whole(text, kIframe, state);
     EXPECT_TRUE(state.config.modes[0].curve.tc_default);
-    EXPECT_FALSE(out.frame.reset);
+    EXPECT_FALSE(frame.reset);
 }
 
 TEST(DrcFrame, RepeatOfAModeThatDidNotComeBeforeIsTheDefaultProfile) {
@@ -142,11 +145,8 @@ TEST(DrcFrame, RepeatOfAModeThatDidNotComeBeforeIsTheDefaultProfile) {
     mode.repeat_id = 3;
     text.modes = {mode};
     text.reset = false;
-    const MetadataBits bits = write_drc(text);
     DrcState state;
-    const Outcome out = parse(bits, kIframe, state);
-    EXPECT_EQ(out.code, kMetadataOk);
-    EXPECT_EQ(out.position, bits.size());
+    parse_whole(text, kIframe, state);
     EXPECT_TRUE(state.config.modes[0].default_profile);
 }
 
@@ -167,11 +167,8 @@ TEST(DrcGains, CountFollowsModeBandsAndFrameLength) {
         DrcText text;
         text.modes = {gain_mode(0, test.gains_config)};
         text.gain_sets = {{.codes = gain_codes(test.gains - 1)}};
-        const MetadataBits bits = write_drc(text);
         DrcState state;
-        const Outcome out = parse(bits, {true, test.ch_mode, test.frame_length}, state);
-        EXPECT_EQ(out.code, kMetadataOk);
-        EXPECT_EQ(out.position, bits.size()) << test.gains_config << " " << test.ch_mode;
+        parse_whole(text, {true, test.ch_mode, test.frame_length}, state);
     }
 }
 
@@ -181,11 +178,8 @@ TEST(DrcGains, SetWithoutAKnownCountIsSteppedOverByItsSize) {
         DrcText text;
         text.modes = {gain_mode(0, 3)};
         text.gain_sets = {{.codes = std::string(300, '0')}};
-        const MetadataBits bits = write_drc(text);
         DrcState state;
-        const Outcome out = parse(bits, facts, state);
-        EXPECT_EQ(out.code, kMetadataOk);
-        EXPECT_EQ(out.position, bits.size());
+        parse_whole(text, facts, state);
     }
 }
 
@@ -194,11 +188,8 @@ TEST(DrcGains, LaterVersionsAreSteppedOverByTheirSize) {
         DrcText text;
         text.modes = {gain_mode(0, 1)};
         text.gain_sets = {{.version = version, .codes = gain_codes(17), .rest = "1100110"}};
-        const MetadataBits bits = write_drc(text);
         DrcState state;
-        const Outcome out = parse(bits, kIframe, state);
-        EXPECT_EQ(out.code, kMetadataOk);
-        EXPECT_EQ(out.position, bits.size()) << version;
+        parse_whole(text, kIframe, state);
     }
 }
 
@@ -240,14 +231,11 @@ TEST(DrcFrame, DependentFrameUsesTheLastConfiguration) {
     DrcText second = first;
     second.modes.clear();
     second.gain_sets[0].first_gain = 0;
-    const MetadataBits bits = write_drc(second);
-    const Outcome out = parse(bits, kDependent, state);
-    EXPECT_EQ(out.code, kMetadataOk);
-    EXPECT_EQ(out.position, bits.size());
-    EXPECT_FALSE(out.frame.config_present);
-    EXPECT_TRUE(out.frame.data_read);
-    EXPECT_EQ(out.frame.eac3_profile, 2);
-    EXPECT_EQ(out.frame.first_gain, -64);
+    const DrcFrame frame = parse_whole(second, kDependent, state);
+    EXPECT_FALSE(frame.config_present);
+    EXPECT_TRUE(frame.data_read);
+    EXPECT_EQ(frame.eac3_profile, 2);
+    EXPECT_EQ(frame.first_gain, -64);
 }
 
 TEST(DrcFrame, CutAnywhereRunsOutAndKeepsTheFormerConfiguration) {

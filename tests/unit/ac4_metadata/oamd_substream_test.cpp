@@ -372,7 +372,7 @@ TEST(OamdAlternativeData, CommonDataAndIsfHaveOnePoint) {
 
 TEST(OamdAlternativeData, HugeSetCountEndsWithTheData) {
     const MetadataBits bits =
-        MetadataBits().code("1 0").code("0 00").escaped(100000000, 2, 2).put(0, 64);
+        MetadataBits().code("1 0").code("0 00").escaped(1000000, 2, 2).put(0, 64);
     TestReader reader(bits);
     constexpr std::array<OamdObjectKind, 1> kOne = {kBed};
     oamd_read_dyndata(reader.in, {kOne, 1, true, true}, true, nullptr);
