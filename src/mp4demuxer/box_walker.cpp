@@ -23,7 +23,11 @@ struct BoxHeader {
     std::int64_t size = 0;       // less the extension
     std::int64_t extension = 0;  // 8 for a size-extended box
     [[nodiscard]] std::int64_t payload() const { return size - kHeaderSize; }
-    [[nodiscard]] std::int64_t told_size() const { return size + extension; }
+    // Unsigned, since sizes of 2^63 and the like must wrap and not overflow.
+    [[nodiscard]] std::int64_t told_size() const {
+        return static_cast<std::int64_t>(static_cast<std::uint64_t>(size) +
+                                         static_cast<std::uint64_t>(extension));
+    }
 };
 
 enum class Next { kSibling, kParentEnds };
@@ -184,7 +188,6 @@ private:
         }
         header.extension = kHeaderSize;
         left_ -= kHeaderSize;
-        // Unsigned, since a size of 2^63 and the like must wrap and not overflow.
         const std::uint64_t size = f_src_read_u64(*file_);
         header.size = static_cast<std::int64_t>(size - kHeaderSize);
         return true;
