@@ -104,6 +104,9 @@ Ezxml* add_to_tree(Ezxml* tree, const BoxNode& node, int index) {
 HandlerResult dispatch(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree,
                        int index) {
     const BoxRow* row = node.depth > kMaxBoxDepth ? nullptr : find_box_row(node.type);
+    if (row != nullptr && row->needs_track && demuxer.current == nullptr) {
+        return kRefused;
+    }
     if (row != nullptr) {
         return row->handler(demuxer, file, node,
                             row->in_tree ? add_to_tree(tree, node, index) : tree);
