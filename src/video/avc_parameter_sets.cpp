@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "src/video/aspect_ratio.h"
 #include "src/video/bit_cursor.h"
+#include "src/video/vui_elements.h"
 
 namespace mediasplit {
 namespace {
@@ -89,45 +89,6 @@ void read_picture_format(AvcSps& sps, BitCursor& bits) {
         sps.frame_crop_bottom_offset = bits.ue();
     }
     derive_picture_size(sps);
-}
-
-void read_aspect_ratio(AvcVui& vui, BitCursor& bits) {
-    vui.aspect_ratio_info_present_flag = bits.flag();
-    if (vui.aspect_ratio_info_present_flag == 0) {
-        return;
-    }
-    vui.aspect_ratio_idc = bits.u8(8);
-    if (vui.aspect_ratio_idc == kExtendedSampleAspectRatio) {
-        vui.sar_width = bits.u16(16);
-        vui.sar_height = bits.u16(16);
-    } else {
-        const SampleAspectRatio ratio = sample_aspect_ratio(vui.aspect_ratio_idc);
-        vui.sar_width = ratio.width;
-        vui.sar_height = ratio.height;
-    }
-}
-
-void read_video_signal(AvcVui& vui, BitCursor& bits) {
-    vui.overscan_info_present_flag = bits.flag();
-    if (vui.overscan_info_present_flag != 0) {
-        vui.overscan_appropriate_flag = bits.flag();
-    }
-    vui.video_signal_type_present_flag = bits.flag();
-    if (vui.video_signal_type_present_flag != 0) {
-        vui.video_format = bits.u8(3);
-        vui.video_full_range_flag = bits.flag();
-        vui.colour_description_present_flag = bits.flag();
-        if (vui.colour_description_present_flag != 0) {
-            vui.colour_primaries = bits.u8(8);
-            vui.transfer_characteristics = bits.u8(8);
-            vui.matrix_coefficients = bits.u8(8);
-        }
-    }
-    vui.chroma_loc_info_present_flag = bits.flag();
-    if (vui.chroma_loc_info_present_flag != 0) {
-        vui.chroma_sample_loc_type_top_field = bits.ue();
-        vui.chroma_sample_loc_type_bottom_field = bits.ue();
-    }
 }
 
 void read_timing(AvcVui& vui, BitCursor& bits) {
@@ -227,7 +188,7 @@ Status parse_avc_vui_parameters(AvcVui* vui, ByteSpan data, std::uint32_t& posit
     }
     BitCursor bits(data, position);
     read_aspect_ratio(*vui, bits);
-    read_video_signal(*vui, bits);
+    read_video_signal(*vui, vui->matrix_coefficients, bits);
     read_timing(*vui, bits);
     read_hrds(*vui, bits);
     vui->pic_struct_present_flag = bits.flag();
