@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "src/ac4analyze_impl/frame_analyzer.h"
+#include "tests/fuzz/frame_sequence.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -34,15 +35,10 @@ void check(int result) {
 }
 
 void analyze_frames(Ac4Analyzer* analyzer, const std::uint8_t* data, std::size_t size) {
-    std::size_t at = 0;
-    for (int i = 0; i < 16 && at + 2 < size; ++i) {
-        const std::size_t length = (static_cast<std::size_t>(data[at]) << 8) | data[at + 1];
-        at += 2;
-        const std::size_t n = std::min(length, size - at);
-        const std::vector<std::uint8_t> frame(data + at, data + at + n);
-        at += n;
-        check(orv_ac4analyze_analyze_frame(analyzer, frame.data(), n, nullptr, &record()));
-    }
+    for_each_frame(data, size, [analyzer](const std::vector<std::uint8_t>& frame) {
+        check(
+            orv_ac4analyze_analyze_frame(analyzer, frame.data(), frame.size(), nullptr, &record()));
+    });
 }
 
 void analyze_stream(Ac4Analyzer* analyzer, const std::uint8_t* data, std::size_t size) {

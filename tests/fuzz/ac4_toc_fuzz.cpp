@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ac4/toc_reader/toc_reader.h"
+#include "tests/fuzz/frame_sequence.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
@@ -105,19 +106,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     const TocMode mode = (data[0] & 1U) != 0 ? TocMode::kTolerant : TocMode::kStrict;
-    const std::uint64_t copy_buffer = (data[0] & 2U) != 0 ? 16 : 65536;
+    const std::uint64_t copy_buffer = (data[0] & 2U) != 0 ? 16 : 4096;
     Reader lasting(mode, copy_buffer);
-    std::size_t at = 1;
-    for (int i = 0; i < 16 && at + 2 < size; ++i) {
-        const std::size_t length = (static_cast<std::size_t>(data[at]) << 8) | data[at + 1];
-        at += 2;
-        const std::size_t n = std::min(length, size - at);
-        const std::vector<std::uint8_t> frame(data + at, data + at + n);
-        at += n;
+    for_each_frame(data + 1, size - 1, [&](const std::vector<std::uint8_t>& frame) {
         Reader fresh(mode, copy_buffer);
-        if (lasting.read(frame.data(), n) != fresh.read(frame.data(), n)) {
+        if (lasting.read(frame.data(), frame.size()) != fresh.read(frame.data(), frame.size())) {
             std::abort();
         }
-    }
+    });
     return 0;
 }
