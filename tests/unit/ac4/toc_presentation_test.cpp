@@ -523,7 +523,7 @@ TEST_F(TocPresentationTest, AlternativePresentationHasNameAndTargets) {
     text.name = "Main and dialogue";
     text.targets = {{1, 2, 9, 40, 17, {0U, {}}}, {7, 15, {}, {}, {}, {3U, 1U}}};
     text.tail.put(0, 16);
-    frame.substreams[0] = write_presentation(text);
+    frame.substreams[0] = write_presentation(text).to_bytes();
     frame.presentations[0].alternative = true;
     ASSERT_EQ(open_frame(frame), 0);
     const PresentationInfo info = presentation(0);
@@ -547,7 +547,7 @@ TEST_F(TocPresentationTest, NamesWithoutALengthHaveThirtyTwoBytes) {
     text.long_name = true;
     text.targets.assign(40, TargetText{2, 3, {}, {}, {}, {{}}});
     text.tail.put(0, 16);
-    frame.substreams[0] = write_presentation(text);
+    frame.substreams[0] = write_presentation(text).to_bytes();
     frame.presentations[0].alternative = true;
     ASSERT_EQ(open_frame(frame), 0);
     const PresentationInfo info = presentation(0);

@@ -233,7 +233,7 @@ TEST_F(FrameAnalyzerTest, NameTargetsAndEmdfComeThrough) {
     text.name = "Alt";
     text.targets = {{3, 5, {}, {}, {}, {{}}}};
     text.tail.put(0, 16);
-    frame.substreams[0] = write_presentation(text);
+    frame.substreams[0] = write_presentation(text).to_bytes();
     frame.presentations[0].alternative = true;
     frame.presentations[0].emdf.version = 1;
     frame.presentations[0].emdf.key_id = 3;
