@@ -65,6 +65,9 @@ static_assert(rows_are_sound(kCatalogueTables[4], 2 * kPiece, kPiece));
 static_assert(rows_are_sound(kCatalogueTables[4], 3 * kPiece, kPiece));
 static_assert(rows_are_sound(kCatalogueTables[4], 4 * kPiece, kPiece));
 
+// Bytes that the values of a message usually take.
+constexpr std::size_t kUsualValues = 128;
+
 // Holds any number: the largest double has 309 digits before the point and six behind it.
 using NumberBuffer = std::array<char, 352>;
 
@@ -111,12 +114,15 @@ std::optional<ExpandedMessage> expand_message(const CatalogueRow& row, const Mes
     }
     std::size_t room = kLineCapacity - 1 - fixed;
     ExpandedMessage result;
+    result.line.reserve(fixed + kUsualValues);
+    result.line.append(prefix_of(row.type));
+    result.text_begin = result.line.size();
     NumberBuffer buffer;
     std::size_t used = 0;
     for (const char* at = row.message; *at != 0;) {
         if (*at != '%') {
             const std::size_t run = std::strcspn(at, "%");
-            result.text.append(at, run);
+            result.line.append(at, run);
             at += run;
             continue;
         }
@@ -127,15 +133,15 @@ std::optional<ExpandedMessage> expand_message(const CatalogueRow& row, const Mes
         const std::string_view shown =
             value_text(placeholder, values[used], buffer).substr(0, room);
         room -= shown.size();
-        result.text.append(shown);
+        result.line.append(shown);
         ++used;
         at += placeholder.length;
     }
     if (used != count) {
         return std::nullopt;
     }
+    result.text_size = result.line.size() - result.text_begin;
     const std::string_view reference = row.reference;
-    result.line.append(prefix_of(row.type)).append(result.text);
     if (!reference.empty()) {
         result.line.append(" (").append(reference).append(")");
     }

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "src/log/message_id.h"
 
@@ -13,8 +14,14 @@ inline constexpr std::size_t kLineCapacity = 2048;
 
 /// A message with its values, bare and as a finished line.
 struct ExpandedMessage {
-    std::string text{};
     std::string line{};  ///< with prefix, reference in parentheses and line end
+    std::size_t text_begin = 0;
+    std::size_t text_size = 0;
+
+    /// The message alone, as a part of the line.
+    [[nodiscard]] std::string_view text() const {
+        return std::string_view(line).substr(text_begin, text_size);
+    }
 };
 
 /// Puts the values into the row's message. Values that would make the line pass `kLineCapacity`

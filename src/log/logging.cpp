@@ -3,7 +3,6 @@
 #include <cstring>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include "src/log/expand.h"
 #include "src/log/output.h"
@@ -63,21 +62,21 @@ Status report_message(Loglist* loglist, int id, const LogContext& context,
     }
     const Status result = is_error(row->type) ? Status{row->code} : Status::kOk;
     if (row->collect == 0) {
-        const std::string line = written_form(std::move(expanded->line));
+        const std::string line = written_form(expanded->line);
         if (is_error(row->type)) {
             write_to_stderr(line);
         } else {
             write_to_stdout(line);
         }
-        tell_sink(id, context, expanded->text, Outcome::kPrinted);
+        tell_sink(id, context, expanded->text(), Outcome::kPrinted);
         return result;
     }
     if (!checkpoint_should_check(loglist, row->checkpoint)) {
-        tell_sink(id, context, expanded->text, Outcome::kDropped);
+        tell_sink(id, context, expanded->text(), Outcome::kDropped);
         return Status::kOk;
     }
     const Outcome outcome = collect(loglist, expanded->line);
-    tell_sink(id, context, expanded->text, outcome);
+    tell_sink(id, context, expanded->text(), outcome);
     return result;
 }
 

@@ -3,7 +3,7 @@
 namespace mediasplit {
 
 std::uint32_t ac4_dsi_parser(std::span<const std::uint8_t> /*payload*/, DsiRecord& /*record*/,
-                             ezxml* /*tree*/) {
+                             Ezxml* /*tree*/) {
     return 0;
 }
 

@@ -97,7 +97,7 @@ HandlerResult keep_payload(Mp4Demuxer& demuxer, InputFile& file, const BoxNode& 
 
 }  // namespace
 
-HandlerResult parse_box_esds(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_esds(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -130,15 +130,15 @@ HandlerResult parse_box_esds(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_dac3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_dac3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     return keep_payload(demuxer, file, node);
 }
 
-HandlerResult parse_box_dmlp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_dmlp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     return keep_payload(demuxer, file, node);
 }
 
-HandlerResult parse_box_dec3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_dec3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     const HandlerResult result = keep_payload(demuxer, file, node);
     if (result != kHandled) {
         return result;
@@ -153,7 +153,7 @@ HandlerResult parse_box_dec3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_dac4(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_dac4(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;

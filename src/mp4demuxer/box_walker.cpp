@@ -7,6 +7,7 @@
 
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/box_table.h"
+#include "src/util/tree_text.h"
 
 namespace mediasplit {
 
@@ -67,7 +68,7 @@ std::uint32_t read_type(InputFile& file) {
 
 // An entry of a type that isn't known still counts by its track's kind, so that its configuration
 // boxes are read.
-bool parse_unknown_sample_entry(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+bool parse_unknown_sample_entry(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     if (node.parent->type != fourcc("stsd") || demuxer.current == nullptr) {
         return false;
     }
@@ -85,10 +86,23 @@ bool parse_unknown_sample_entry(Mp4Demuxer& demuxer, InputFile& file, BoxNode& n
     }
 }
 
-HandlerResult dispatch(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+// The element of a box in the optional tree: null without a tree.
+Ezxml* add_to_tree(Ezxml* tree, const BoxNode& node, int index) {
+    if (tree == nullptr) {
+        return nullptr;
+    }
+    Ezxml* child =
+        ezxml_add_child_copy(tree, box_type_text(node), static_cast<std::uint64_t>(index));
+    longlong2attr(child, "size", node.size);
+    return child;
+}
+
+HandlerResult dispatch(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree,
+                       int index) {
     const BoxRow* row = node.depth > kMaxBoxDepth ? nullptr : find_box_row(node.type);
     if (row != nullptr) {
-        return row->handler(demuxer, file, node, tree);
+        return row->handler(demuxer, file, node,
+                            row->in_tree ? add_to_tree(tree, node, index) : tree);
     }
     if (node.depth > kMaxBoxDepth || !parse_unknown_sample_entry(demuxer, file, node, tree)) {
         print_line("skip box %s\n", box_path(node).c_str());
@@ -99,8 +113,13 @@ HandlerResult dispatch(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxm
 // The walk over one parent: what is left of it, and what its handlers returned so far.
 class Walk {
 public:
-    Walk(Mp4Demuxer& demuxer, InputFile& file, BoxNode& parent, ezxml* tree)
-        : demuxer_(&demuxer), file_(&file), parent_(&parent), tree_(tree), left_(parent.size) {}
+    Walk(Mp4Demuxer& demuxer, InputFile& file, BoxNode& parent, Ezxml* tree, int index)
+        : demuxer_(&demuxer),
+          file_(&file),
+          parent_(&parent),
+          tree_(tree),
+          index_(index),
+          left_(parent.size) {}
 
     HandlerResult run() {
         if (is_out_of_range(left_)) {
@@ -143,7 +162,7 @@ private:
         }
         node.size = header.payload();
         const auto end = static_cast<std::int64_t>(CurrentOffset(*file_)) + header.payload();
-        result_ |= dispatch(*demuxer_, *file_, node, tree_);
+        result_ |= dispatch(*demuxer_, *file_, node, tree_, index_++);
         move_by(end - static_cast<std::int64_t>(CurrentOffset(*file_)), *file_);
         left_ -= header.size;
         if (is_out_of_range(left_)) {
@@ -196,7 +215,8 @@ private:
     Mp4Demuxer* demuxer_;
     InputFile* file_;
     BoxNode* parent_;
-    ezxml* tree_;
+    Ezxml* tree_;
+    int index_;  // of the next child in the tree
     std::int64_t left_;
     HandlerResult result_ = kHandled;
 };
@@ -254,17 +274,17 @@ std::string box_path(const BoxNode& node) {
     return path;
 }
 
-HandlerResult parse_box_with_index(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree,
-                                   [[maybe_unused]] int index) {
-    return Walk(demuxer, file, node, tree).run();
+HandlerResult parse_box_with_index(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree,
+                                   int index) {
+    return Walk(demuxer, file, node, tree, index).run();
 }
 
-HandlerResult parse_box(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_box_with_index(demuxer, file, node, tree, 0);
 }
 
 HandlerResult parse_box_skip(Mp4Demuxer& /*demuxer*/, InputFile& file, BoxNode& node,
-                             ezxml* /*tree*/) {
+                             Ezxml* /*tree*/) {
     move_by(node.size, file);
     return kHandled;
 }

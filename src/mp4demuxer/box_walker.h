@@ -24,7 +24,7 @@ std::string box_path(const BoxNode& node);
 // Walks the children of `node`, whose `size` is what there is to walk. `index` is where the first
 // child goes in the optional tree below `tree`. Returns the OR of the handlers' results, 1 when a
 // broken box ended the walk.
-HandlerResult parse_box_with_index(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree,
+HandlerResult parse_box_with_index(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree,
                                    int index);
 
 }  // namespace mediasplit

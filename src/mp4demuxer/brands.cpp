@@ -40,7 +40,7 @@ void set_brands(BrandRecord& record, std::vector<std::uint32_t> brands) {
 
 }  // namespace
 
-HandlerResult parse_box_ftyp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_ftyp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     if (demuxer.ftyp != nullptr) {
         return kRefused;
     }
@@ -51,7 +51,7 @@ HandlerResult parse_box_ftyp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_styp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_styp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     if (demuxer.styp == nullptr) {
         demuxer.styp = std::make_unique<BrandRecord>();
         if (demuxer.ftyp != nullptr) {

@@ -160,7 +160,7 @@ void append_samples(PayloadReader& in, Mp4Stream& stream, const Run& run) {
 
 }  // namespace
 
-HandlerResult parse_box_trex(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_trex(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     PayloadReader in(file, node.size);
     in.skip(4);
     TrexPending trex;
@@ -183,11 +183,11 @@ HandlerResult parse_box_trex(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_mfhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_mfhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_box_skip(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_tfhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_tfhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     PayloadReader in(file, node.size);
     const std::uint32_t flags = in.u32();
     Mp4Stream* stream = find_track(demuxer, in.u32(), false);
@@ -219,7 +219,7 @@ HandlerResult parse_box_tfhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return result;
 }
 
-HandlerResult parse_box_tfdt(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_tfdt(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -233,7 +233,7 @@ HandlerResult parse_box_tfdt(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_trun(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_trun(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kHandled;

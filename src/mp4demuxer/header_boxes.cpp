@@ -71,7 +71,7 @@ HandlerResult set_mark(Mp4Demuxer& demuxer, std::uint32_t mark) {
 
 }  // namespace
 
-HandlerResult parse_box_mvhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_mvhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     PayloadReader in(file, node.size);
     const std::uint8_t version = in.u8();
     in.skip(3);
@@ -80,7 +80,7 @@ HandlerResult parse_box_mvhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_tkhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_tkhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     PayloadReader in(file, node.size);
     const std::uint8_t version = in.u8();
     if (demuxer.current == nullptr || version > 1) {
@@ -92,7 +92,7 @@ HandlerResult parse_box_tkhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_mdhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_mdhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     PayloadReader in(file, node.size);
     const std::uint8_t version = in.u8();
@@ -113,7 +113,7 @@ HandlerResult parse_box_mdhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_elst(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_elst(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     PayloadReader in(file, node.size);
     in.skip(8);
@@ -139,16 +139,16 @@ HandlerResult parse_box_elst(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 }
 
 HandlerResult parse_box_vmhd(Mp4Demuxer& demuxer, InputFile& /*file*/, BoxNode& /*node*/,
-                             ezxml* /*tree*/) {
+                             Ezxml* /*tree*/) {
     return set_mark(demuxer, kMarkVmhd);
 }
 
 HandlerResult parse_box_smhd(Mp4Demuxer& demuxer, InputFile& /*file*/, BoxNode& /*node*/,
-                             ezxml* /*tree*/) {
+                             Ezxml* /*tree*/) {
     return set_mark(demuxer, kMarkSmhd);
 }
 
-HandlerResult parse_box_hdlr(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_hdlr(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     if (demuxer.current == nullptr) {
         return kHandled;
     }
@@ -158,7 +158,7 @@ HandlerResult parse_box_hdlr(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_sidx(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_sidx(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     PayloadReader in(file, node.size);
     const std::uint8_t version = in.u8();
     in.skip(3 + 8);
@@ -183,7 +183,7 @@ HandlerResult parse_box_sidx(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_vdep(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_vdep(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     if (demuxer.current == nullptr) {
         return kRefused;
     }
@@ -193,7 +193,7 @@ HandlerResult parse_box_vdep(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_uuid(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_uuid(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     constexpr std::string_view kVendorMetadata = "ORVL-METADATA-00";
     if (node.size < 16) {
         return kRefused;
@@ -210,7 +210,7 @@ HandlerResult parse_box_uuid(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 }
 
 // Item lists stand below `meta`, which is passed over, and nobody receives their items.
-HandlerResult parse_box_ilst(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_ilst(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_box_skip(demuxer, file, node, tree);
 }
 

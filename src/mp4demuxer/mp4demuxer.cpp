@@ -63,19 +63,19 @@ void mp4demuxer_destroy(std::unique_ptr<Mp4Demuxer> demuxer) {
     demuxer.reset();
 }
 
-HandlerResult parse_box_moof(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_moof(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     demuxer.moof_offset = static_cast<std::int64_t>(CurrentOffset(file)) - 8;
     demuxer.moof_size = node.size;
     return parse_box(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_traf(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_traf(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     const HandlerResult result = parse_box(demuxer, file, node, tree);
     demuxer.current = nullptr;
     return result;
 }
 
-HandlerResult parse_box_trak(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_trak(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     if (demuxer.streams.size() >= kMaxTracks) {
         return kRefused;
     }

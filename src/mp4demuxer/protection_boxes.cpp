@@ -42,14 +42,14 @@ bool read_senc_row(PayloadReader& in, Mp4Stream& stream, bool has_subsamples) {
 
 }  // namespace
 
-HandlerResult parse_box_sinf(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_sinf(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     if (demuxer.current != nullptr) {
         demuxer.current->is_encrypted = 1;
     }
     return parse_box(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_frma(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_frma(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -72,7 +72,7 @@ HandlerResult parse_box_frma(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_schm(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_schm(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -86,7 +86,7 @@ HandlerResult parse_box_schm(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_tenc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_tenc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -110,7 +110,7 @@ HandlerResult parse_box_tenc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_pssh(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_pssh(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     PayloadReader in(file, node.size);
     const std::uint8_t version = in.u8();
     in.skip(3);
@@ -128,7 +128,7 @@ HandlerResult parse_box_pssh(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_sgpd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_sgpd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -148,7 +148,7 @@ HandlerResult parse_box_sgpd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_senc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_senc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;

@@ -24,8 +24,8 @@ struct DecryptContext;
 struct DsiRecord;
 struct Loglist;
 struct ManifestContext;
+struct Ezxml;
 struct OutputSet;
-struct ezxml;
 
 inline constexpr std::uint32_t kMaxTracks = 256;
 
@@ -353,7 +353,7 @@ inline constexpr std::uint32_t kInputFile = 5;
 // One presentation: a plain file, or an initialization section with all segments that follow it.
 struct Mp4Demuxer {
     BoxNode root;
-    ezxml* tree_root = nullptr;
+    Ezxml* tree_root = nullptr;
     Loglist* loglist = nullptr;
     std::unique_ptr<BrandRecord> ftyp;
     std::unique_ptr<BrandRecord> styp;

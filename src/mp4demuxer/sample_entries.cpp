@@ -123,7 +123,7 @@ void read_audio_version_2(PayloadReader& in, Mp4Stream& stream) {
 }
 
 // Sets what the entry's type stands for and reads it as a video entry.
-HandlerResult parse_video_entry(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_video_entry(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     Mp4Stream* stream = demuxer.current;
     const SampleEntryKind* kind = find_sample_entry(node.type);
     if (stream != nullptr && kind != nullptr) {
@@ -163,7 +163,7 @@ const SampleEntryKind* find_sample_entry(std::uint32_t type) {
     return row == kSampleEntries.end() ? nullptr : &*row;
 }
 
-HandlerResult parse_box_stsd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_stsd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     PayloadReader in(file, node.size);
     in.skip(4);
     const std::uint32_t count = in.u32();
@@ -174,7 +174,7 @@ HandlerResult parse_box_stsd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return parse_box(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_audio(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_audio(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr || node.size < kAudioEntrySize) {
         return kHandled;
@@ -205,28 +205,28 @@ HandlerResult parse_box_audio(Mp4Demuxer& demuxer, InputFile& file, BoxNode& nod
     return parse_box(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_enca(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_enca(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_box_audio(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_ac3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_ac3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     begin_audio_entry(demuxer, node, kStreamIdAc3);
     return parse_box_audio(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_mlpa(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_mlpa(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     begin_audio_entry(demuxer, node, kStreamIdMlpa);
     return parse_box_audio(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_ec3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_ec3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     if (Mp4Stream* stream = begin_audio_entry(demuxer, node, kStreamIdEc3)) {
         stream->ec3_config = std::make_unique<Ec3Config>();
     }
     return parse_box_audio(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_ac4(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_ac4(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     if (Mp4Stream* stream = begin_audio_entry(demuxer, node, kStreamIdAc4)) {
         ++stream->ac4_entry_count;
         stream->ac4_config = std::make_shared<DsiRecord>();
@@ -234,11 +234,11 @@ HandlerResult parse_box_ac4(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node,
     return parse_box_audio(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_wave(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_wave(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_box(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_video(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_video(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     if (demuxer.current != nullptr) {
         PayloadReader in(file, node.size);
         in.skip(6 + 2 + 4 + 12);
@@ -252,63 +252,63 @@ HandlerResult parse_box_video(Mp4Demuxer& demuxer, InputFile& file, BoxNode& nod
     return parse_box(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_encv(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_encv(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_box_video(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_s263(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_s263(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_avc1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_avc1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_avc3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_avc3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_hvc1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_hvc1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_hev1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_hev1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_av01(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_av01(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_pxav(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_pxav(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_pxa1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_pxa1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_pavc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_pavc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_pxhe(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_pxhe(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_pxh1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_pxh1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_pxh8(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_pxh8(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_pav1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* tree) {
+HandlerResult parse_box_pav1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     return parse_video_entry(demuxer, file, node, tree);
 }
 
-HandlerResult parse_box_tx3g(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_tx3g(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     constexpr std::uint64_t kKept = 38;
     if (demuxer.current == nullptr) {
         return kRefused;
@@ -320,7 +320,7 @@ HandlerResult parse_box_tx3g(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_metx(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_metx(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     constexpr std::string_view kSchema =
         "http://" MEDIASPLIT_TAG_AUTHORITY "/ns/mobile Orvel-Mobile-1.0.xsd";
     if (demuxer.current == nullptr) {

@@ -59,7 +59,7 @@ void reset_sample_tables(Mp4Stream& stream) {
     stream.cursors = {};
 }
 
-HandlerResult parse_box_stts(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_stts(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -71,7 +71,7 @@ HandlerResult parse_box_stts(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return result;
 }
 
-HandlerResult parse_box_ctts(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_ctts(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -80,7 +80,7 @@ HandlerResult parse_box_ctts(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return read_counted_table(file, node, kCttsRow, stream->ctts, stream->ctts_count);
 }
 
-HandlerResult parse_box_stss(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_stss(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -90,7 +90,7 @@ HandlerResult parse_box_stss(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return read_counted_table(file, node, kStssRow, stream->stss, stream->stss_count);
 }
 
-HandlerResult parse_box_stsc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_stsc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -106,7 +106,7 @@ HandlerResult parse_box_stsc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_stco(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_stco(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -123,7 +123,7 @@ HandlerResult parse_box_stco(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_stsz(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_stsz(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;

@@ -67,7 +67,7 @@ using SetParser = Status (*)(const NalBuffer*, Record*, Loglist*);
 // Makes a parameter set of a unit's bytes. What the parser returns tells of null arguments alone.
 template <typename Record>
 auto parse_with(SetParser<Record> parser, Loglist* loglist) {
-    return [parser, loglist](std::vector<std::uint8_t> unit) {
+    return [parser, loglist](std::vector<std::uint8_t>&& unit) {
         ParameterSet<Record> set;
         set.unit = std::move(unit);
         const NalBuffer nal = set.nal();
@@ -76,8 +76,8 @@ auto parse_with(SetParser<Record> parser, Loglist* loglist) {
     };
 }
 
-std::vector<std::uint8_t> as_it_is(std::vector<std::uint8_t> unit) {
-    return unit;
+std::vector<std::uint8_t> as_it_is(std::vector<std::uint8_t>&& unit) {
+    return std::move(unit);
 }
 
 // Parameter sets with start codes behind the four bytes "PIFF".
@@ -273,7 +273,7 @@ HandlerResult set_flag(Mp4Demuxer& demuxer, std::uint32_t flag) {
 
 }  // namespace
 
-HandlerResult parse_box_avcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_avcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -290,16 +290,16 @@ HandlerResult parse_box_avcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 }
 
 HandlerResult parse_box_avcE(Mp4Demuxer& demuxer, InputFile& /*file*/, BoxNode& /*node*/,
-                             ezxml* /*tree*/) {
+                             Ezxml* /*tree*/) {
     return set_flag(demuxer, kBoxAvcE);
 }
 
 HandlerResult parse_box_hvcE(Mp4Demuxer& demuxer, InputFile& /*file*/, BoxNode& /*node*/,
-                             ezxml* /*tree*/) {
+                             Ezxml* /*tree*/) {
     return set_flag(demuxer, kBoxHvcE);
 }
 
-HandlerResult parse_box_hvcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_hvcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -313,7 +313,7 @@ HandlerResult parse_box_hvcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_lhvC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_lhvC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -327,7 +327,7 @@ HandlerResult parse_box_lhvC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_av1C(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_av1C(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -362,7 +362,7 @@ HandlerResult parse_box_av1C(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 }
 
 HandlerResult parse_box_prsm_config(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node,
-                                    ezxml* /*tree*/) {
+                                    Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -387,7 +387,7 @@ HandlerResult parse_box_prsm_config(Mp4Demuxer& demuxer, InputFile& file, BoxNod
     return kHandled;
 }
 
-HandlerResult parse_box_d263(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_d263(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     if (demuxer.current == nullptr) {
         return kRefused;
     }
@@ -395,7 +395,7 @@ HandlerResult parse_box_d263(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_mdcv(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_mdcv(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;
@@ -414,7 +414,7 @@ HandlerResult parse_box_mdcv(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_clli(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_clli(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     if (demuxer.current == nullptr) {
         return kRefused;
     }
@@ -424,7 +424,7 @@ HandlerResult parse_box_clli(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     return kHandled;
 }
 
-HandlerResult parse_box_colr(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, ezxml* /*tree*/) {
+HandlerResult parse_box_colr(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
     if (stream == nullptr) {
         return kRefused;

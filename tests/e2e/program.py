@@ -38,6 +38,10 @@ class ProgramTest(unittest.TestCase):
         with open(self.path(name), "wb") as file:
             file.write(content)
 
+    def read(self, *parts):
+        with open(self.path(*parts), "rb") as file:
+            return file.read()
+
     def put_clip(self, name):
         shutil.copyfile(CLIP, self.path(name))
 

@@ -119,9 +119,9 @@ class InputTest(ProgramTest):
 
     def test_second_run_into_the_same_folder_leaves_the_same_streams(self):
         self.run_program("-i", CLIP, "-o", "out")
-        first = {name: open(self.path("out", name), "rb").read() for name in self.files("out")}
+        first = {name: self.read("out", name) for name in self.files("out")}
         self.run_program("-i", CLIP, "-o", "out")
-        second = {name: open(self.path("out", name), "rb").read() for name in self.files("out")}
+        second = {name: self.read("out", name) for name in self.files("out")}
         self.assertEqual(first.keys(), second.keys())
         self.assertTrue(first == second)
 
@@ -162,6 +162,23 @@ class InputTest(ProgramTest):
         result = self.run_program("-i", name, "-o", "out")
         self.expect(result, 1, out="Failed to demultiplex %s\n" % name,
                     err=error("Fail to open the file : %s" % name))
+
+    def test_inputs_without_content_end_by_themselves(self):
+        self.write("empty.mp4")
+        os.mkdir(self.path("folder.mp4"))
+        for name in ["empty.mp4", "folder.mp4", "/dev/null/a.mp4"]:
+            with self.subTest(name):
+                result = self.run_program("-i", name, "-o", "out")
+                self.assertIn(result.status, [0, 1])
+                self.assertRegex(result.last_line, "^(Succeed|Failed) to demultiplex " + name)
+        self.assertEqual(self.files("out"), [])
+
+    def test_name_longer_than_any_file_name_is_reported_in_a_cut_line(self):
+        name = "x" * 5000 + ".mp4"
+        result = self.run_program("-i", name, "-o", "out")
+        self.assertEqual(result.status, 1)
+        self.assertEqual(result.err, "ERROR: Fail to open the file : ".ljust(2046, "x") + "\n")
+        self.assertEqual(result.out, "Failed to demultiplex ".ljust(2046, "x") + "\n")
 
     def test_track_id_that_is_no_id_is_reported_and_the_run_goes_on(self):
         report = error('The command "--track-id" must be followed with a not-zero integer.')

@@ -17,7 +17,7 @@ namespace mediasplit {
 // The demultiplexer of one transport stream file.
 using TsDemux = Status (*)(InputFile& input, const std::string& output_dir, const std::string& name,
                            bool first, ManifestContext* context, TsSegmentSummary* summary,
-                           bool is_hls, Loglist* loglist, std::int32_t pid);
+                           bool is_hls, Loglist* loglist, std::int64_t pid_filter);
 
 // The reader of an elementary stream; without an output it reads only.
 using ElementaryReader = Status (*)(OutputFile* output, InputFile& input, ManifestContext* context,
@@ -33,15 +33,8 @@ using ElementaryReader = Status (*)(OutputFile* output, InputFile& input, Manife
 // Raises 4004.
 [[nodiscard]] Status run_unknown(Loglist* loglist);
 
-// The TS flows with a demultiplexer of the caller's choice; with none they fail where it is due.
+// The TS flows with a demultiplexer of the caller's choice.
 [[nodiscard]] Status run_ts_series_with(TsDemux demux, Loglist* loglist);
 [[nodiscard]] Status run_ts_file_with(TsDemux demux, Loglist* loglist);
-
-// Holds the E-AC-3 audio timing of a transport stream file or segment against its video timing and
-// against that of the one before (messages 4106, 4107 and 4108). Nothing is compared without audio,
-// or if one of the two has no video. Deliberate: only an audio offset that has grown is a finding,
-// not one that has shrunk.
-[[nodiscard]] Status check_ts_timing(const TsSegmentSummary& previous,
-                                     const TsSegmentSummary& current, Loglist* loglist);
 
 }  // namespace mediasplit

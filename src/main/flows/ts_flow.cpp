@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -9,16 +7,12 @@
 #include "src/main/flows/flows.h"
 #include "src/main/series_name.h"
 #include "src/records/run_options.h"
+#include "src/tsTableParse/segment_timing.h"
+#include "src/tsTableParse/ts_demux.h"
 
 namespace mediasplit {
 
 namespace {
-
-// The place of the transport stream demultiplexer; none is part of the program yet.
-constexpr TsDemux kTsDemux = nullptr;
-
-constexpr std::uint32_t kEac3StreamType = 0x87;
-constexpr std::uint64_t kLargestOffset = 2879;  // ticks of 90 kHz
 
 struct CloseStream {
     void operator()(std::FILE* stream) const { static_cast<void>(std::fclose(stream)); }
@@ -31,50 +25,11 @@ bool can_be_opened(const std::string& path) {
 
 Status run_demux(TsDemux demux, InputFile& input, const std::string& name, bool first,
                  TsSegmentSummary* summary, Loglist* loglist) {
-    if (demux == nullptr) {
-        return Status::kFailed;
-    }
     return demux(input, g_output_dir.value_or(""), name, first, nullptr, summary, false, loglist,
                  g_pid);
 }
 
-Status check_audio(const TsSegmentSummary& previous, const TsSegmentSummary& current,
-                   std::size_t index, Loglist* loglist) {
-    const TsAudioSummary& audio = current.audio[index];
-    const auto first_audio = static_cast<std::uint64_t>(audio.first_pts);
-    const auto first_video = static_cast<std::uint64_t>(current.first_video_pts);
-    if (audio.first_pts < current.first_video_pts) {
-        return check(false, loglist, 4106, {}, first_audio, first_video);
-    }
-    Status status = check(true, loglist, 4106, {}, first_audio, first_video);
-    const std::uint64_t offset = first_audio - first_video;
-    status |= check(offset <= kLargestOffset, loglist, 4107, {}, first_audio, first_video, offset);
-    const TsAudioSummary& before = previous.audio[index];
-    if (before.stream_type == audio.stream_type) {
-        const std::uint64_t growth = offset - static_cast<std::uint64_t>(before.end_pts) +
-                                     static_cast<std::uint64_t>(previous.video_end_pts);
-        // In 32 bits, as a signed value.
-        status |= check(static_cast<std::int32_t>(growth) <= 1, loglist, 4108, {});
-    }
-    return status;
-}
-
 }  // namespace
-
-Status check_ts_timing(const TsSegmentSummary& previous, const TsSegmentSummary& current,
-                       Loglist* loglist) {
-    Status status = Status::kOk;
-    if (previous.first_video_pts == kNoVideoPts || current.first_video_pts == kNoVideoPts) {
-        return status;
-    }
-    const std::size_t count = std::min<std::size_t>(current.count, current.audio.size());
-    for (std::size_t i = 0; i < count; ++i) {
-        if (current.audio[i].stream_type == kEac3StreamType) {
-            status |= check_audio(previous, current, i, loglist);
-        }
-    }
-    return status;
-}
 
 Status run_ts_series_with(TsDemux demux, Loglist* loglist) {
     std::string name;
@@ -95,10 +50,11 @@ Status run_ts_series_with(TsDemux demux, Loglist* loglist) {
         TsSegmentSummary summary;
         if (OpenFileEx(file.name, nullptr, 0, input) == Status::kOk) {
             status |= Logging_err_type_check(loglist, 3, {}, file.name);
-            status |= run_demux(demux, input, name, n == 0, &summary, loglist);
-        }
-        if (status == Status::kOk) {
-            status |= check_ts_timing(previous, summary, loglist);
+            const Status result = run_demux(demux, input, name, n == 0, &summary, loglist);
+            status |= result;
+            if (result == Status::kOk) {
+                status |= check_segment_timing(previous, summary, loglist);
+            }
         }
         status |= CloseFile(input);
         previous = summary;
@@ -126,11 +82,11 @@ Status run_ts_file_with(TsDemux demux, Loglist* loglist) {
 }
 
 Status run_ts_series(Loglist* loglist) {
-    return run_ts_series_with(kTsDemux, loglist);
+    return run_ts_series_with(tsdemux, loglist);
 }
 
 Status run_ts_file(Loglist* loglist) {
-    return run_ts_file_with(kTsDemux, loglist);
+    return run_ts_file_with(tsdemux, loglist);
 }
 
 }  // namespace mediasplit

@@ -14,17 +14,17 @@ using mp4::hex;
 
 // NIST SP 800-38A, appendix F.
 const Bytes kKey = hex("2b7e151628aed2a6abf7158809cf4f3c");
-const Bytes kPlain = hex(
-    "6bc1bee22e409f96e93d7e117393172a ae2d8a571e03ac9c9eb76fac45af8e51"
-    "30c81c46a35ce411e5fbc1191a0a52ef f69f2445df4f9b17ad2b417be66c3710");
+const Bytes kPlain =
+    hex("6bc1bee22e409f96e93d7e117393172a ae2d8a571e03ac9c9eb76fac45af8e51"
+        "30c81c46a35ce411e5fbc1191a0a52ef f69f2445df4f9b17ad2b417be66c3710");
 const Bytes kCbcIv = hex("000102030405060708090a0b0c0d0e0f");
-const Bytes kCbcCipher = hex(
-    "7649abac8119b246cee98e9b12e9197d 5086cb9b507219ee95db113a917678b2"
-    "73bed6b8e3c1743b7116e69e22229516 3ff1caa1681fac09120eca307586e1a7");
+const Bytes kCbcCipher =
+    hex("7649abac8119b246cee98e9b12e9197d 5086cb9b507219ee95db113a917678b2"
+        "73bed6b8e3c1743b7116e69e22229516 3ff1caa1681fac09120eca307586e1a7");
 const Bytes kCounter = hex("f0f1f2f3f4f5f6f7f8f9fafbfcfdfeff");
-const Bytes kCtrCipher = hex(
-    "874d6191b620e3261bef6864990db6ce 9806f66b7970fdff8617187bb9fffdff"
-    "5ae4df3edbd5d35e5b4f09020db03eab 1e031dda2fbe03d1792170a0f3009cee");
+const Bytes kCtrCipher =
+    hex("874d6191b620e3261bef6864990db6ce 9806f66b7970fdff8617187bb9fffdff"
+        "5ae4df3edbd5d35e5b4f09020db03eab 1e031dda2fbe03d1792170a0f3009cee");
 
 std::unique_ptr<DecryptContext> make(std::uint32_t mode, const Bytes& iv) {
     return decrypt_aes_create(mode, kKey.data(), kKey.size(), iv.data(), iv.size());
@@ -74,8 +74,7 @@ TEST(Decrypt, CtrCallStartsAtAFreshKeystreamBlock) {
 TEST(Decrypt, CbcRefusesAPartOfABlockAndLeavesTheBytes) {
     const auto context = make(kDecryptModeCbc, kCbcIv);
     Bytes bytes = part(kCbcCipher, 0, 20);
-    EXPECT_EQ(aes_cbc_decrypt(*context, bytes.size(), bytes.data(), bytes.data()),
-              Status::kFailed);
+    EXPECT_EQ(aes_cbc_decrypt(*context, bytes.size(), bytes.data(), bytes.data()), Status::kFailed);
     EXPECT_EQ(bytes, part(kCbcCipher, 0, 20));
     EXPECT_EQ(crypt(*context, part(kCbcCipher, 0, 16)), part(kPlain, 0, 16));
 }

@@ -74,7 +74,9 @@ Status DemuxRun::walk_file(const fs::path& path) {
     return status | CloseFile(file);
 }
 
-Status DemuxRun::finish() { return fmp4demux_destroy(std::move(demuxer_)); }
+Status DemuxRun::finish() {
+    return fmp4demux_destroy(std::move(demuxer_));
+}
 
 std::optional<mp4::Bytes> DemuxRun::output(const std::string& name) {
     const fs::path path = folder.path() / name;

@@ -63,24 +63,21 @@ TEST(AacWriter, TakesObjectTypeFrequencyAndChannelsFromTheConfiguration) {
     // Object type 1 (Main), 48 kHz (3), 6 channels: 00001 0011 0110 000.
     track.entries = {mp4::audio_entry("mp4a", 6, 16, 48000, {mp4::esds({0x09, 0xB0})})};
     // profile 0, index 3, private 0, channels 110, four zeros, length 8.
-    EXPECT_EQ(split(track, "aac").bytes,
-              (Bytes{0xFF, 0xF9, 0x0D, 0x80, 0x01, 0x1F, 0xFC, 0x01}));
+    EXPECT_EQ(split(track, "aac").bytes, (Bytes{0xFF, 0xF9, 0x0D, 0x80, 0x01, 0x1F, 0xFC, 0x01}));
 }
 
 TEST(AacWriter, EscapedObjectTypeAndFrequencyAreNotExpanded) {
     mp4::TrackSpec track = aac_track(1, {sample(numbered(1))});
     track.entries = {mp4::audio_entry("mp4a", 2, 16, 48000, {mp4::esds({0xFF, 0xFF})})};
     // profile (31 - 1) & 3 = 2, index 15, private 0, channels 7.
-    EXPECT_EQ(split(track, "aac").bytes,
-              (Bytes{0xFF, 0xF9, 0xBD, 0xC0, 0x01, 0x1F, 0xFC, 0x01}));
+    EXPECT_EQ(split(track, "aac").bytes, (Bytes{0xFF, 0xF9, 0xBD, 0xC0, 0x01, 0x1F, 0xFC, 0x01}));
 }
 
 TEST(AacWriter, TrackWithoutConfigurationReadsAsZeros) {
     mp4::TrackSpec track = aac_track(1, {sample(numbered(1))});
     track.entries = {mp4::audio_entry("mp4a", 2, 16, 48000, {mp4::esds({})})};
     // profile (0 - 1) & 3 = 3.
-    EXPECT_EQ(split(track, "aac").bytes,
-              (Bytes{0xFF, 0xF9, 0xC0, 0x00, 0x01, 0x1F, 0xFC, 0x01}));
+    EXPECT_EQ(split(track, "aac").bytes, (Bytes{0xFF, 0xF9, 0xC0, 0x00, 0x01, 0x1F, 0xFC, 0x01}));
 }
 
 TEST(AacWriter, FrameLengthKeepsItsLow13Bits) {
@@ -124,8 +121,8 @@ TEST(Ac4Writer, FirstSampleOfAWalkMustBeASyncSample) {
 }
 
 TEST(Ac4Writer, SyncFirstSampleRaisesNothing) {
-    const Written written = split(
-        audio_track("ac-4", {sample(numbered(5)), sample(numbered(5), false)}), "ac4");
+    const Written written =
+        split(audio_track("ac-4", {sample(numbered(5)), sample(numbered(5), false)}), "ac4");
     EXPECT_EQ(written.status, Status::kOk);
     EXPECT_TRUE(written.ids.empty());
 }
@@ -259,8 +256,7 @@ const Bytes kTrail{0x02, 0x01, 0xD0};  // type 1
 mp4::TrackSpec hevc_track(std::vector<Bytes> samples) {
     mp4::TrackSpec track;
     track.entries = {mp4::video_entry(
-        "hvc1", 640, 360,
-        {mp4::hvcC({{32, {kVps}}, {33, {kSps}}, {34, {kPps}}, {39, {kSei}}})})};
+        "hvc1", 640, 360, {mp4::hvcC({{32, {kVps}}, {33, {kSps}}, {34, {kPps}}, {39, {kSei}}})})};
     for (Bytes& bytes : samples) {
         track.samples.push_back(sample(std::move(bytes)));
     }
@@ -286,8 +282,7 @@ TEST(HevcWriter, OtherRandomAccessTypesGetNoConfigurationUnits) {
 }
 
 TEST(HevcWriter, InBandVpsOrSpsCountAsWritten) {
-    EXPECT_EQ(split_hevc({length_prefixed({kVps, kSps, kIdrW})}),
-              start_coded({kVps, kSps, kIdrW}));
+    EXPECT_EQ(split_hevc({length_prefixed({kVps, kSps, kIdrW})}), start_coded({kVps, kSps, kIdrW}));
     EXPECT_EQ(split_hevc({length_prefixed({kVps, kIdrW})}), start_coded({kVps, kIdrW}));
     EXPECT_EQ(split_hevc({length_prefixed({kSps, kIdrW})}), start_coded({kSps, kIdrW}));
 }
@@ -332,20 +327,19 @@ TEST(HevcWriter, TrackWithoutConfigurationWritesNothing) {
 
 TEST(Av1Writer, PlainTrackLeavesAnEmptyFile) {
     mp4::TrackSpec track;
-    track.entries = {mp4::video_entry("av01", 640, 360,
-                                      {mp4::box("av1C", {mp4::hex("81000c00")})})};
+    track.entries = {
+        mp4::video_entry("av01", 640, 360, {mp4::box("av1C", {mp4::hex("81000c00")})})};
     track.samples = {sample({0x12, 0x00, 0x0A, 0x01, 0x00})};
     EXPECT_EQ(split(track, "obu").bytes, Bytes{});
 }
 
 TEST(Av1Writer, TrackWithEnhancementConfigurationIsWrittenAsStored) {
     mp4::TrackSpec track;
-    track.entries = {mp4::video_entry("av01", 640, 360,
-                                      {mp4::box("av1C", {mp4::hex("81000c00")}),
-                                       mp4::prsm_config("pxvC", 10, 5, 1)})};
+    track.entries = {mp4::video_entry(
+        "av01", 640, 360,
+        {mp4::box("av1C", {mp4::hex("81000c00")}), mp4::prsm_config("pxvC", 10, 5, 1)})};
     track.samples = {sample({0x12, 0x00, 0x32, 0x02, 0xAA, 0xBB}), sample({0x12, 0x00})};
-    EXPECT_EQ(split(track, "obu").bytes,
-              (Bytes{0x12, 0x00, 0x32, 0x02, 0xAA, 0xBB, 0x12, 0x00}));
+    EXPECT_EQ(split(track, "obu").bytes, (Bytes{0x12, 0x00, 0x32, 0x02, 0xAA, 0xBB, 0x12, 0x00}));
 }
 
 }  // namespace

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include "tests/support/recording_sink.h"
 #include "tests/unit/main/run_options_scope.h"
@@ -52,6 +55,35 @@ TEST(Process, InputWithoutNameFailsBeforeItIsOpened) {
     const RecordingSink sink;
     EXPECT_EQ(run_process(FormatId::kMp4, "no_extension").exit_status, 1);
     EXPECT_EQ(sink.ids(), (std::vector<int>{15}));
+}
+
+std::vector<std::filesystem::path> files_of(const std::filesystem::path& folder) {
+    std::vector<std::filesystem::path> result;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        result.push_back(entry.path().extension());
+    }
+    std::sort(result.begin(), result.end());
+    return result;
+}
+
+TEST(Process, SinkSeesAWholeRunOfAnMp4File) {
+    const RunOptionsScope scope;
+    const RecordingSink sink;
+    const std::filesystem::path folder =
+        std::filesystem::path(testing::TempDir()) / "process_test_streams";
+    std::filesystem::create_directories(folder);
+    g_output_dir = folder.string();
+    const ProcessResult result = run_process(FormatId::kMp4, MEDIASPLIT_CLIP);
+    EXPECT_EQ(result.exit_status, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_TRUE(result.out.ends_with("Succeed to demultiplex " MEDIASPLIT_CLIP "\n"));
+    ASSERT_GE(sink.reports().size(), 2U);
+    EXPECT_EQ(sink.reports().front().id, 3);
+    EXPECT_EQ(sink.reports().front().outcome, Outcome::kDropped);
+    EXPECT_EQ(sink.reports().back().id, 15);
+    EXPECT_EQ(sink.reports().back().text, "Succeed to demultiplex " MEDIASPLIT_CLIP);
+    EXPECT_EQ(files_of(folder), (std::vector<std::filesystem::path>{".264", ".aac"}));
+    std::filesystem::remove_all(folder);
 }
 
 }  // namespace
