@@ -28,7 +28,8 @@ endif()
 # about vectors made from lists.
 add_library(mediasplit_test_options INTERFACE)
 target_compile_options(mediasplit_test_options INTERFACE -O1
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread>)
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread
+    -Wno-mismatched-new-delete>)
 
 function(mediasplit_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})

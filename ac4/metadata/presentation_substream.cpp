@@ -235,24 +235,14 @@ void read_loudness_corrections(FieldReader& in, const PresentationFacts& facts,
 
 }  // namespace
 
-std::uint32_t ac4analyze_parse_ac4_presentation_substream(Ac4MetadataState* state, int presentation,
-                                                          const std::uint8_t* data,
-                                                          std::size_t size,
-                                                          const PresentationFacts& told,
-                                                          PresentationMetadata* out) {
+std::uint32_t parse_presentation_substream(FieldReader& in, MetadataSlot& slot,
+                                           const PresentationFacts& told,
+                                           PresentationMetadata* out) {
     *out = {};
-    if (size == 0) {
-        return kMetadataOk;
-    }
     PresentationFacts facts = told;
     if (facts.core_ch_mode == facts.ch_mode) {
         facts.core_ch_mode = kNoChannelMode;  // a core that is the whole is none
     }
-    MetadataSlot unkept;
-    MetadataSlot* kept = metadata_presentation_slot(state, presentation);
-    MetadataSlot& slot = kept != nullptr ? *kept : unkept;
-    SubstreamReader reader(data, size);
-    FieldReader& in = reader.in;
     if (facts.b_alternative) {
         read_name(in, *out);
         read_targets(in, facts, *out);
@@ -265,6 +255,21 @@ std::uint32_t ac4analyze_parse_ac4_presentation_substream(Ac4MetadataState* stat
     read_custom_downmixes(in, facts, *out);
     read_loudness_corrections(in, facts, *out);
     return field_ok(in) ? soft_codes : metadata_code(in);
+}
+
+std::uint32_t ac4analyze_parse_ac4_presentation_substream(Ac4MetadataState* state, int presentation,
+                                                          const std::uint8_t* data,
+                                                          std::size_t size,
+                                                          const PresentationFacts& facts,
+                                                          PresentationMetadata* out) {
+    *out = {};
+    if (size == 0) {
+        return kMetadataOk;
+    }
+    MetadataSlot unkept;
+    MetadataSlot* slot = metadata_presentation_slot(state, presentation);
+    SubstreamReader reader(data, size);
+    return parse_presentation_substream(reader.in, slot != nullptr ? *slot : unkept, facts, out);
 }
 
 }  // namespace mediasplit

@@ -62,7 +62,13 @@ struct PresentationMetadata {
     bool b_corr_for_immersive_out = false;
 };
 
-// Reads an `ac4_presentation_substream` (ETSI TS 103 190-2 clause 6.2.3). `size` 0 is simply done.
+// Reads an `ac4_presentation_substream` (ETSI TS 103 190-2 clause 6.2.3) up to its last element;
+// `slot` holds what frames carry over. 0 or codes of metadata_codes.h.
+std::uint32_t parse_presentation_substream(FieldReader& in, MetadataSlot& slot,
+                                           const PresentationFacts& facts,
+                                           PresentationMetadata* out);
+
+// The same over a substream's bytes. `size` 0 is simply done.
 // `presentation` is the number of the slot of `state` that holds what frames carry over; a number
 // outside the slots carries nothing. Bits behind the last element are tolerated. 0 or codes of
 // metadata_codes.h.

@@ -18,9 +18,10 @@ auto allocation(Ac4TocReader** reader, std::uint8_t** copy, std::uint64_t copy_s
     };
 }
 
-// Substream `index` of the group, read on from where the last query ended if that is not behind it.
-int read_from_group(Ac4TocReader* reader, std::int32_t group_index, std::uint32_t index,
-                    SubstreamDescription* out) {
+// Reads substream `index` of the group, on from where the last query ended if that is not behind
+// it. False if it could not be read to its end; the result says more.
+bool read_from_group(Ac4TocReader* reader, std::int32_t group_index, std::uint32_t index,
+                     LastSubstream* out) {
     const GroupInfo& group = reader->groups[static_cast<std::size_t>(group_index)];
     const GroupContext& shared = reader->group_contexts[static_cast<std::size_t>(group_index)];
     const GroupContext context = {shared.frame_rate_factor, reader->presentation.version};
@@ -29,25 +30,27 @@ int read_from_group(Ac4TocReader* reader, std::int32_t group_index, std::uint32_
         walk.next_substream > index) {
         walk = {group_index, context.presentation_version, 0, group.substreams_position};
     }
+    SubstreamDescription& substream = out->description;
     TocParser parser = parser_at(reader, walk.position);
     for (; walk.next_substream <= index && parser_ok(parser); ++walk.next_substream) {
-        *out = read_group_substream(parser, group, context);
+        substream = read_group_substream(parser, group, context);
     }
     walk.position = field_position(parser.in);
     if (!parser_ok(parser)) {
         walk = GroupWalk{};
     }
-    out->info.content = group.content;
-    out->info.group = group_index;
-    out->info.index_in_group = static_cast<std::int32_t>(index);
-    out->ext.b_oamd_substream = group.b_oamd_substream;
-    out->ext.b_oamd_ndot = group.b_oamd_ndot;
-    out->ext.oamd_substream_index = group.oamd_substream_index;
-    return finish_parse(reader, parser);
+    substream.info.content = group.content;
+    substream.info.group = group_index;
+    substream.info.index_in_group = static_cast<std::int32_t>(index);
+    substream.ext.b_oamd_substream = group.b_oamd_substream;
+    substream.ext.b_oamd_ndot = group.b_oamd_ndot;
+    substream.ext.oamd_substream_index = group.oamd_substream_index;
+    out->result = finish_parse(reader, parser);
+    return parser_ok(parser);
 }
 
-int read_group_substream_at(Ac4TocReader* reader, std::int32_t substream,
-                            SubstreamDescription* out) {
+// Finds the group that holds substream `substream` of the selected presentation.
+bool read_through_groups(Ac4TocReader* reader, std::int32_t substream, LastSubstream* out) {
     std::array<std::int32_t, kMaxPresentationGroups> groups{};
     const std::int32_t count = distinct_groups(*reader, groups.data());
     auto index = static_cast<std::uint32_t>(substream);
@@ -59,37 +62,46 @@ int read_group_substream_at(Ac4TocReader* reader, std::int32_t substream,
         }
         index -= in_group;
     }
-    return kTocNoData;
+    out->result = kTocNoData;
+    return false;
 }
 
-// Brings the substream that is asked for into `last_substream`.
-int select_substream(Ac4TocReader* reader, std::int32_t presentation, std::int32_t substream) {
-    const int result = AC4_ANALYZE_ac4toc_get_selected_presentation_v1_info(reader, presentation);
-    if (reader->selected != presentation || presentation < 0) {
-        return result;
+bool read_inline(const Ac4TocReader& reader, std::int32_t substream, LastSubstream* out) {
+    if (substream >= reader.presentation.substream_count) {
+        out->result = kTocNoData;
+        return false;
+    }
+    out->description = reader.inline_substreams[static_cast<std::size_t>(substream)];
+    return true;
+}
+
+// Brings the substream that is asked for into `last_substream`. False if there is none to show.
+bool select_substream(Ac4TocReader* reader, std::int32_t presentation, std::int32_t substream,
+                      int* result) {
+    *result = AC4_ANALYZE_ac4toc_get_selected_presentation_v1_info(reader, presentation);
+    if (presentation < 0 || reader->selected != presentation) {
+        return false;
     }
     LastSubstream& last = reader->last_substream;
     if (last.presentation == presentation && last.substream == substream) {
-        return kTocOk;
-    }
-    if (substream < 0) {
-        return kTocNoData;
+        *result = last.result;
+        return true;
     }
     last = LastSubstream{};
-    if (reader->head.bitstream_version == kGroupSyntaxVersion) {
-        const int read = read_group_substream_at(reader, substream, &last.description);
-        if (read != kTocOk) {
-            return read;
-        }
+    bool found = false;
+    if (substream < 0) {
+        last.result = kTocNoData;
+    } else if (reader->head.bitstream_version == kGroupSyntaxVersion) {
+        found = read_through_groups(reader, substream, &last);
     } else {
-        if (substream >= reader->presentation.substream_count) {
-            return kTocNoData;
-        }
-        last.description = reader->inline_substreams[static_cast<std::size_t>(substream)];
+        found = read_inline(*reader, substream, &last);
     }
-    last.presentation = presentation;
-    last.substream = substream;
-    return kTocOk;
+    *result = last.result;
+    if (found) {
+        last.presentation = presentation;
+        last.substream = substream;
+    }
+    return found;
 }
 
 }  // namespace
@@ -208,8 +220,8 @@ int AC4_ANALYZE_ac4toc_reader_get_presentation_info_ext(Ac4TocReader* reader, co
 
 int AC4_ANALYZE_ac4toc_reader_get_substream_info(Ac4TocReader* reader, std::int32_t presentation,
                                                  std::int32_t substream, SubstreamInfo* info) {
-    const int result = select_substream(reader, presentation, substream);
-    if (result == kTocOk) {
+    int result = kTocOk;
+    if (select_substream(reader, presentation, substream, &result)) {
         *info = reader->last_substream.description.info;
     }
     return result;
@@ -219,8 +231,8 @@ int AC4_ANALYZE_ac4toc_reader_get_substream_info_ext(Ac4TocReader* reader,
                                                      std::int32_t presentation,
                                                      std::int32_t substream,
                                                      SubstreamInfoExt* info) {
-    const int result = select_substream(reader, presentation, substream);
-    if (result != kTocOk) {
+    int result = kTocOk;
+    if (!select_substream(reader, presentation, substream, &result)) {
         return result;
     }
     const SubstreamDescription& description = reader->last_substream.description;
@@ -229,7 +241,7 @@ int AC4_ANALYZE_ac4toc_reader_get_substream_info_ext(Ac4TocReader* reader,
         reader, description.info.substream_index, &info->segment);
     const int oamd = AC4_ANALYZE_ac4toc_get_substream_segment_info(
         reader, info->oamd_substream_index, &info->oamd_segment);
-    return audio != kTocOk ? audio : oamd;
+    return result != kTocOk ? result : audio != kTocOk ? audio : oamd;
 }
 
 int AC4_ANALYZE_ac4toc_reader_get_emdf_info(Ac4TocReader* reader, std::int32_t presentation,

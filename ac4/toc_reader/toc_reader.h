@@ -34,6 +34,7 @@ struct GroupWalk {
 struct LastSubstream {
     std::int32_t presentation = kNoIndex;
     std::int32_t substream = kNoIndex;
+    int result = kTocOk;  // of reading it, parked errors included
     SubstreamDescription description;
 };
 
@@ -75,6 +76,7 @@ struct Ac4TocReader {
 
     // The presentation that was asked for last.
     std::int32_t selected = kNoIndex;
+    int selected_result = kTocOk;
     PresentationDescription presentation;
     InlineSubstreams inline_substreams{};
     GroupWalk walk;

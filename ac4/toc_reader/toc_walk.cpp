@@ -274,7 +274,7 @@ int AC4_ANALYZE_ac4toc_get_selected_presentation_v1_info(Ac4TocReader* reader, s
         return kTocBadIndex;
     }
     if (reader->selected == index) {
-        return kTocOk;
+        return reader->selected_result;
     }
     const std::int32_t start = AC4_ANALYZE_ac4toc_seek_to_presentation_info(reader, index);
     TocParser parser = parser_at(reader, orv_bitbuf_get_abs_pos(&reader->bits));
@@ -283,7 +283,8 @@ int AC4_ANALYZE_ac4toc_get_selected_presentation_v1_info(Ac4TocReader* reader, s
         reader->presentation = read_presentation(parser, &reader->inline_substreams);
     }
     reader->selected = parser_ok(parser) ? index : kNoIndex;
-    return finish_parse(reader, parser);
+    reader->selected_result = finish_parse(reader, parser);
+    return reader->selected_result;
 }
 
 }  // namespace mediasplit

@@ -1,5 +1,7 @@
 #include "src/tsTableParse/segment_timing.h"
 
+#include <algorithm>
+
 #include "src/log/logging.h"
 
 namespace mediasplit {
@@ -38,7 +40,8 @@ Status check_segment_timing(const TsSegmentSummary& previous, const TsSegmentSum
     if (previous.first_video_pts == kNoVideoPts || current.first_video_pts == kNoVideoPts) {
         return status;
     }
-    for (std::uint32_t i = 0; i < current.count; ++i) {
+    const std::size_t count = std::min<std::size_t>(current.count, current.audio.size());
+    for (std::size_t i = 0; i < count; ++i) {
         if (current.audio[i].stream_type == kTypeEc3) {
             status |= check_stream(current.audio[i], previous.audio[i], current, previous, loglist);
         }

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "src/video/aspect_ratio.h"
 #include "src/video/bit_cursor.h"
+#include "src/video/nal_parsing.h"
+#include "src/video/vui_elements.h"
 
 namespace mediasplit {
 namespace {
@@ -91,45 +92,6 @@ void read_picture_format(AvcSps& sps, BitCursor& bits) {
     derive_picture_size(sps);
 }
 
-void read_aspect_ratio(AvcVui& vui, BitCursor& bits) {
-    vui.aspect_ratio_info_present_flag = bits.flag();
-    if (vui.aspect_ratio_info_present_flag == 0) {
-        return;
-    }
-    vui.aspect_ratio_idc = bits.u8(8);
-    if (vui.aspect_ratio_idc == kExtendedSampleAspectRatio) {
-        vui.sar_width = bits.u16(16);
-        vui.sar_height = bits.u16(16);
-    } else {
-        const SampleAspectRatio ratio = sample_aspect_ratio(vui.aspect_ratio_idc);
-        vui.sar_width = ratio.width;
-        vui.sar_height = ratio.height;
-    }
-}
-
-void read_video_signal(AvcVui& vui, BitCursor& bits) {
-    vui.overscan_info_present_flag = bits.flag();
-    if (vui.overscan_info_present_flag != 0) {
-        vui.overscan_appropriate_flag = bits.flag();
-    }
-    vui.video_signal_type_present_flag = bits.flag();
-    if (vui.video_signal_type_present_flag != 0) {
-        vui.video_format = bits.u8(3);
-        vui.video_full_range_flag = bits.flag();
-        vui.colour_description_present_flag = bits.flag();
-        if (vui.colour_description_present_flag != 0) {
-            vui.colour_primaries = bits.u8(8);
-            vui.transfer_characteristics = bits.u8(8);
-            vui.matrix_coefficients = bits.u8(8);
-        }
-    }
-    vui.chroma_loc_info_present_flag = bits.flag();
-    if (vui.chroma_loc_info_present_flag != 0) {
-        vui.chroma_sample_loc_type_top_field = bits.ue();
-        vui.chroma_sample_loc_type_bottom_field = bits.ue();
-    }
-}
-
 void read_timing(AvcVui& vui, BitCursor& bits) {
     vui.timing_info_present_flag = bits.flag();
     if (vui.timing_info_present_flag == 0) {
@@ -169,6 +131,35 @@ void read_bitstream_restriction(AvcVui& vui, BitCursor& bits) {
     vui.log2_max_mv_length_vertical = bits.ue();
     vui.max_num_reorder_frames = bits.ue();
     vui.max_dec_frame_buffering = bits.ue();
+}
+
+Status read_sps(AvcSps& sps, BitCursor& bits) {
+    parse_avc_nal_header(&sps.header, bits.data(), bits.position());
+    sps.profile_idc = bits.u8(8);
+    sps.constraint_flags = bits.u8(8);
+    sps.level_idc = bits.u8(8);
+    sps.seq_parameter_set_id = bits.ue();
+    sps.chroma_format_idc = 1;
+    if (std::find(kHighProfiles.begin(), kHighProfiles.end(), sps.profile_idc) !=
+        kHighProfiles.end()) {
+        read_high_profile_elements(sps, bits);
+    }
+    sps.log2_max_frame_num_minus4 = bits.ue();
+    sps.max_frame_num = power_of_two(std::uint64_t{sps.log2_max_frame_num_minus4} + 4);
+    read_pic_order_cnt(sps, bits);
+    sps.max_num_ref_frames = bits.ue();
+    sps.gaps_in_frame_num_value_allowed_flag = bits.flag();
+    read_picture_format(sps, bits);
+    sps.vui_parameters_present_flag = bits.flag();
+    if (sps.vui_parameters_present_flag == 0) {
+        return Status::kOk;
+    }
+    const Status status = parse_avc_vui_parameters(&sps.vui, bits.data(), bits.position());
+    if (sps.vui.num_units_in_tick != 0) {
+        sps.frame_rate = static_cast<float>(sps.vui.time_scale) /
+                         static_cast<float>(sps.vui.num_units_in_tick) * 0.5F;
+    }
+    return status;
 }
 
 }  // namespace
@@ -227,7 +218,7 @@ Status parse_avc_vui_parameters(AvcVui* vui, ByteSpan data, std::uint32_t& posit
     }
     BitCursor bits(data, position);
     read_aspect_ratio(*vui, bits);
-    read_video_signal(*vui, bits);
+    read_video_signal(*vui, vui->matrix_coefficients, bits);
     read_timing(*vui, bits);
     read_hrds(*vui, bits);
     vui->pic_struct_present_flag = bits.flag();
@@ -236,42 +227,7 @@ Status parse_avc_vui_parameters(AvcVui* vui, ByteSpan data, std::uint32_t& posit
 }
 
 Status parse_avc_sps_nal(const NalBuffer* nal, AvcSps* sps, [[maybe_unused]] Loglist* loglist) {
-    if (nal == nullptr || nal->data == nullptr || sps == nullptr) {
-        return Status::kFailed;
-    }
-    if (nal->size == 0) {
-        return Status::kOk;
-    }
-    *sps = AvcSps{};
-    const UnescapedNal unit(*nal);
-    std::uint32_t position = 0;
-    BitCursor bits(unit.bytes(), position);
-    parse_avc_nal_header(&sps->header, unit.bytes(), position);
-    sps->profile_idc = bits.u8(8);
-    sps->constraint_flags = bits.u8(8);
-    sps->level_idc = bits.u8(8);
-    sps->seq_parameter_set_id = bits.ue();
-    sps->chroma_format_idc = 1;
-    if (std::find(kHighProfiles.begin(), kHighProfiles.end(), sps->profile_idc) !=
-        kHighProfiles.end()) {
-        read_high_profile_elements(*sps, bits);
-    }
-    sps->log2_max_frame_num_minus4 = bits.ue();
-    sps->max_frame_num = power_of_two(std::uint64_t{sps->log2_max_frame_num_minus4} + 4);
-    read_pic_order_cnt(*sps, bits);
-    sps->max_num_ref_frames = bits.ue();
-    sps->gaps_in_frame_num_value_allowed_flag = bits.flag();
-    read_picture_format(*sps, bits);
-    sps->vui_parameters_present_flag = bits.flag();
-    if (sps->vui_parameters_present_flag == 0) {
-        return Status::kOk;
-    }
-    const Status status = parse_avc_vui_parameters(&sps->vui, unit.bytes(), position);
-    if (sps->vui.num_units_in_tick != 0) {
-        sps->frame_rate = static_cast<float>(sps->vui.time_scale) /
-                          static_cast<float>(sps->vui.num_units_in_tick) * 0.5F;
-    }
-    return status;
+    return parse_nal(nal, sps, read_sps);
 }
 
 }  // namespace mediasplit

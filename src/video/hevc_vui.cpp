@@ -1,49 +1,10 @@
 // Video usability information of ITU-T H.265 E.2.1.
-#include "src/video/aspect_ratio.h"
 #include "src/video/bit_cursor.h"
 #include "src/video/hevc_parameter_sets.h"
+#include "src/video/vui_elements.h"
 
 namespace mediasplit {
 namespace {
-
-void read_aspect_ratio(HevcVui& vui, BitCursor& bits) {
-    vui.aspect_ratio_info_present_flag = bits.flag();
-    if (vui.aspect_ratio_info_present_flag == 0) {
-        return;
-    }
-    vui.aspect_ratio_idc = bits.u8(8);
-    if (vui.aspect_ratio_idc == kExtendedSampleAspectRatio) {
-        vui.sar_width = bits.u16(16);
-        vui.sar_height = bits.u16(16);
-    } else {
-        const SampleAspectRatio ratio = sample_aspect_ratio(vui.aspect_ratio_idc);
-        vui.sar_width = ratio.width;
-        vui.sar_height = ratio.height;
-    }
-}
-
-void read_video_signal(HevcVui& vui, BitCursor& bits) {
-    vui.overscan_info_present_flag = bits.flag();
-    if (vui.overscan_info_present_flag != 0) {
-        vui.overscan_appropriate_flag = bits.flag();
-    }
-    vui.video_signal_type_present_flag = bits.flag();
-    if (vui.video_signal_type_present_flag != 0) {
-        vui.video_format = bits.u8(3);
-        vui.video_full_range_flag = bits.flag();
-        vui.colour_description_present_flag = bits.flag();
-        if (vui.colour_description_present_flag != 0) {
-            vui.colour_primaries = bits.u8(8);
-            vui.transfer_characteristics = bits.u8(8);
-            vui.matrix_coeffs = bits.u8(8);
-        }
-    }
-    vui.chroma_loc_info_present_flag = bits.flag();
-    if (vui.chroma_loc_info_present_flag != 0) {
-        vui.chroma_sample_loc_type_top_field = bits.ue();
-        vui.chroma_sample_loc_type_bottom_field = bits.ue();
-    }
-}
 
 void read_display(HevcVui& vui, BitCursor& bits) {
     vui.neutral_chroma_indication_flag = bits.flag();
@@ -101,7 +62,7 @@ Status parse_hevc_vui_parameters(HevcVui* vui, ByteSpan data, std::uint32_t& pos
     }
     BitCursor bits(data, position);
     read_aspect_ratio(*vui, bits);
-    read_video_signal(*vui, bits);
+    read_video_signal(*vui, vui->matrix_coeffs, bits);
     read_display(*vui, bits);
     const Status status = read_timing(*vui, bits, max_sub_layers_minus1);
     read_bitstream_restriction(*vui, bits);

@@ -7,12 +7,15 @@ import subprocess
 import tempfile
 import unittest
 
+PATIENCE = 120  # seconds for any one command
+
 MEDIASPLIT = os.environ.get("MEDIASPLIT", "build/release/src/main/mediasplit")
 
 
 def run(*words, cwd=None):
     """Runs a command that must succeed and gives its standard output."""
-    done = subprocess.run(words, cwd=cwd, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    done = subprocess.run(words, cwd=cwd, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                          timeout=PATIENCE)
     if done.returncode != 0:
         raise AssertionError(
             "%s ended with %d:\n%s" % (" ".join(map(str, words)), done.returncode,
@@ -74,7 +77,7 @@ class MediaCase(unittest.TestCase):
     def split(self, name, *options, expect=0):
         out = self.path("out_" + name.replace("/", "_").replace("%", "_"))
         done = subprocess.run([os.path.abspath(MEDIASPLIT), "-i", name, "-o", out, *options], cwd=self.folder,
-                              stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=PATIENCE)
         self.assertEqual(done.returncode, expect, done.stdout.decode() + done.stderr.decode())
         last = done.stdout.decode().splitlines()[-1]
         self.assertEqual(last, "%s to demultiplex %s" % ("Failed" if expect else "Succeed", name))

@@ -9,7 +9,7 @@ from media_support import (MediaCase, adts_frame_count, copied_bytes, encoders, 
                            packet_count)
 
 PICTURE = ["-f", "lavfi", "-i", "testsrc2=s=192x128:r=25:d=2"]
-SECOND_PICTURE = ["-f", "lavfi", "-i", "mandelbrot=s=128x96:r=25", "-t", "2"]
+SECOND_PICTURE = ["-t", "2", "-f", "lavfi", "-i", "mandelbrot=s=128x96:r=25"]
 TONE = ["-f", "lavfi", "-i", "sine=f=440:r=48000:d=2"]
 
 # How the file is laid out: name, muxer options, file extension.

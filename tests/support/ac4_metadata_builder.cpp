@@ -426,7 +426,7 @@ std::vector<std::uint8_t> write_substream(const SubstreamText& text) {
     return bits.add(write_metadata(text)).to_bytes();
 }
 
-std::vector<std::uint8_t> write_presentation(const PresentationText& text) {
+MetadataBits write_presentation(const PresentationText& text) {
     MetadataBits bits;
     if (text.alternative) {
         bits.flag(text.name.has_value());
@@ -460,7 +460,7 @@ std::vector<std::uint8_t> write_presentation(const PresentationText& text) {
     }
     const MetadataBits drc = write_drc(text.drc);
     bits.size_field(text.drc_size.value_or(static_cast<std::uint32_t>(drc.size())), 5, 3);
-    return bits.add(drc).add(text.tail).to_bytes();
+    return bits.add(drc).add(text.tail);
 }
 
 MetadataBits write_trim(std::uint32_t warp_mode, std::uint32_t mode,
