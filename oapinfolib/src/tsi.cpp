@@ -18,13 +18,12 @@ constexpr FatalSite kSiteSecondDependent{kSourceTsi, 214};
 constexpr unsigned kLocationMapMask = 0x07FC;  // channels beyond those of the independent frame
 constexpr unsigned kLfeMapMask = 0x0003;
 
-int refuse(const char* text, FatalSite site) {
-    print_fatal(text, site);
-    return kTsiBadFrame;
+int refuse_frame(const char* text, FatalSite site) {
+    return refuse(kTsiBadFrame, text, site);
 }
 
 int refuse_second_independent() {
-    return refuse(
+    return refuse_frame(
         "Invalid bitstream detected.  Multiple independent frames exist for the same program.",
         kSiteSecondIndependent);
 }
@@ -64,8 +63,8 @@ int open_further_program(const TsiFrame& frame, TimesliceState& state, ProgramRe
         return result;
     }
     if (current.program[0].independent.present == 0) {
-        return refuse("Invalid bitstream detected.  First independent frame is not I0.",
-                      kSiteNotFirst);
+        return refuse_frame("Invalid bitstream detected.  First independent frame is not I0.",
+                            kSiteNotFirst);
     }
     const std::size_t before = (frame.info->substreamid - std::size_t{1}) % kMaxPrograms;
     if (current.program[before].independent.present == 0) {
@@ -105,7 +104,7 @@ int enter_dependent(const BitstreamInfo& info, ProgramRecord& program) {
     ++program.num_dependent;
     program.channel_map = static_cast<std::uint16_t>(program.channel_map | info.chanmap);
     if (record.present != 0) {
-        return refuse(
+        return refuse_frame(
             "Invalid bitstream detected.  Multiple dependent frames exist with same substream ID.",
             kSiteSecondDependent);
     }
@@ -123,14 +122,6 @@ int enter_dependent(const BitstreamInfo& info, ProgramRecord& program) {
     }
     record.convsync = kUnset16;
     return 0;
-}
-
-std::int64_t words_of_frame(const BitstreamInfo& info) {
-    if (is_oap_bsid(info.bsid)) {
-        return info.frmsiz;
-    }
-    const bool known = info.fscod < kFrameSize.size() && info.frmsizecod <= kMaxFrmsizecod;
-    return known ? kFrameSize[info.fscod][info.frmsizecod] : 0;
 }
 
 void store_aux(const TsiFrame& frame, AuxData& aux) {
@@ -158,7 +149,7 @@ void fill_record(const TsiFrame& frame, SubstreamRecord& record) {
     record.sample_rate = kSampleRate[info.fscod & 3U];
     record.source_rate =
         static_cast<std::uint16_t>(record.sample_rate * (info.sourcefscod == 1 ? 2 : 1));
-    record.frame_words = words_of_frame(info);
+    record.frame_words = bsid_frame_words(info);
     record.frame_bytes = record.frame_words * 2;
     const double bits_per_second =
         static_cast<double>(record.sample_rate) * static_cast<double>(record.frame_words) * 16.0;
@@ -241,14 +232,15 @@ int tsi_procframe(const TsiFrame& frame, TimesliceState& state, bool& closed) {
     closed = false;
     const BitstreamInfo& info = *frame.info;
     if (info.strmtyp >= 3) {
-        return refuse("Invalid bitstream detected.  Streamtype is not supported.", kSiteStreamType);
+        return refuse_frame("Invalid bitstream detected.  Streamtype is not supported.",
+                            kSiteStreamType);
     }
     ProgramRecord* program = nullptr;
     SubstreamRecord* record = nullptr;
     int result = 0;
     if (info.strmtyp == 1) {
         if (state.current.nprograms == 0) {
-            return refuse(
+            return refuse_frame(
                 "Invalid bitstream detected.  Dependent stream type has no associated independent "
                 "frames.",
                 kSiteNoProgram);
