@@ -124,6 +124,32 @@ int enter_dependent(const BitstreamInfo& info, ProgramRecord& program) {
     return 0;
 }
 
+// Finds the program and slot that a frame belongs to, and enters what its place says there.
+int place_independent(const TsiFrame& frame, TimesliceState& state, bool& closed,
+                      ProgramRecord*& program, SubstreamRecord*& record) {
+    const int result = frame.info->substreamid == 0
+                           ? open_first_program(frame, state, closed, program)
+                           : open_further_program(frame, state, program);
+    if (result == 0 && program != nullptr) {
+        enter_independent(*frame.info, *program);
+        record = &program->independent;
+    }
+    return result;
+}
+
+int place_dependent(const BitstreamInfo& info, Timeslice& current, ProgramRecord*& program,
+                    SubstreamRecord*& record) {
+    if (current.nprograms == 0) {
+        return refuse_frame(
+            "Invalid bitstream detected.  Dependent stream type has no associated independent "
+            "frames.",
+            kSiteNoProgram);
+    }
+    program = &current.program[static_cast<std::size_t>(current.nprograms) - 1];
+    record = &program->dependent[info.substreamid % kMaxDependents];
+    return enter_dependent(info, *program);
+}
+
 void store_aux(const TsiFrame& frame, AuxData& aux) {
     aux.bits = frame.aux_bits;
     if (frame.aux_data != nullptr) {
@@ -237,26 +263,9 @@ int tsi_procframe(const TsiFrame& frame, TimesliceState& state, bool& closed) {
     }
     ProgramRecord* program = nullptr;
     SubstreamRecord* record = nullptr;
-    int result = 0;
-    if (info.strmtyp == 1) {
-        if (state.current.nprograms == 0) {
-            return refuse_frame(
-                "Invalid bitstream detected.  Dependent stream type has no associated independent "
-                "frames.",
-                kSiteNoProgram);
-        }
-        program = &state.current.program[static_cast<std::size_t>(state.current.nprograms) - 1];
-        result = enter_dependent(info, *program);
-        record = &program->dependent[info.substreamid % kMaxDependents];
-    } else {
-        result = info.substreamid == 0 ? open_first_program(frame, state, closed, program)
-                                       : open_further_program(frame, state, program);
-        if (result == 0) {
-            enter_independent(info, *program);
-            record = &program->independent;
-        }
-    }
-    if (result != 0) {
+    int result = info.strmtyp == 1 ? place_dependent(info, state.current, program, record)
+                                   : place_independent(frame, state, closed, program, record);
+    if (result != 0 || program == nullptr || record == nullptr) {
         return result;
     }
     fill_record(frame, *record);
