@@ -210,7 +210,7 @@ Ac4Bytes plain_presentation_substream(std::uint32_t dialnorm) {
     PresentationText text;
     text.dialnorm = dialnorm;
     text.tail.put(0, 16);
-    return write_presentation(text);
+    return write_presentation(text).to_bytes();
 }
 
 }  // namespace
