@@ -223,7 +223,12 @@ TEST(BsidOa, OnlyBsidsOfTheTwoSyntaxesAreTaken) {
 }
 
 TEST(BsidOa, UnpackerRefusesTheOtherSyntax) {
-    const auto words = test_support::to_words(test_support::build_eac3_frame({}));
+    // A start whose bits make a good rate and size code in AC-3.
+    test_support::Eac3Spec spec;
+    spec.numblkscod = 0;
+    spec.acmod = 2;
+    spec.lfeon = 0;
+    const auto words = test_support::to_words(test_support::build_eac3_frame(spec));
     BsodReader reader;
     bsod_init(words.data(), static_cast<std::uint16_t>(words.size()), 0, reader);
     BitstreamInfo info;
