@@ -1,0 +1,43 @@
+# Front door. `make demo` and `make test` do everything on a bare Debian or Ubuntu machine.
+.PHONY: all demo test build deps test-deps fuzz bench lint format clean
+
+JOBS := $(shell nproc)
+FUZZ_SECONDS ?= 60
+
+all: build
+
+deps:
+	@scripts/install_packages.sh build
+
+test-deps:
+	@scripts/install_packages.sh test
+
+# The program alone, optimised.
+build: deps
+	@cmake --preset release -DMEDIASPLIT_TESTS=OFF >/dev/null
+	@cmake --build --preset release -j $(JOBS) --target mediasplit
+
+demo: build
+	@scripts/demo.sh
+
+test: test-deps
+	@scripts/run_tests.sh
+
+# Every harness for FUZZ_SECONDS each.
+fuzz: test-deps
+	@STAGES=fuzz FUZZ_SECONDS=$(FUZZ_SECONDS) scripts/run_tests.sh
+
+bench: test-deps
+	@cmake --preset bench >/dev/null
+	@cmake --build --preset bench -j $(JOBS)
+	@bench/run.sh
+
+lint: test-deps
+	@cmake --preset debug >/dev/null
+	@scripts/lint.sh
+
+format: test-deps
+	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	@rm -rf build out

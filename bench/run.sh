@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# All benchmarks: kernels by Google Benchmark, then whole runs beside their peers.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+for kernel in build/bench/bench/*_bench; do
+    [ -x "$kernel" ] && "$kernel" --benchmark_min_time=0.5
+done
+python3 bench/whole_program.py

@@ -1,0 +1,187 @@
+#!/usr/bin/env python3
+"""Times whole runs of mediasplit beside peers on the same input, in turn, and prints the ratios.
+
+Inputs of about 1 GB are made once (ffmpeg) in a scratch folder and kept there: --scratch, by default
+/tmp/mediasplit_bench. Figures are medians of --runs turns; the page cache is warm. No figure is judged.
+"""
+
+import argparse
+import os
+import shutil
+import statistics
+import struct
+import subprocess
+import time
+
+GIGABYTE = 1_000_000_000
+
+
+def run(words):
+    subprocess.run(words, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+
+def measure(words, fresh):
+    """Wall seconds and peak resident KiB of one run; `fresh` folders and files are removed first."""
+    for path in fresh:
+        shutil.rmtree(path, ignore_errors=True)
+        if os.path.isfile(path):
+            os.remove(path)
+        if path.endswith("/"):
+            os.makedirs(path)
+    started = time.monotonic()
+    pid = os.fork()
+    if pid == 0:
+        null = os.open(os.devnull, os.O_RDWR)
+        for stream in (0, 1, 2):
+            os.dup2(null, stream)
+        os.execvp(words[0], words)
+    _, status, usage = os.wait4(pid, 0)
+    elapsed = time.monotonic() - started
+    if status != 0:
+        raise SystemExit("%s ended with status %d" % (" ".join(words), status))
+    return elapsed, usage.ru_maxrss
+
+
+class Bench:
+    def __init__(self, options):
+        self.options = options
+        self.rows = []
+
+    def path(self, name):
+        return os.path.join(self.options.scratch, name)
+
+    def make(self, name, build):
+        path = self.path(name)
+        if not os.path.exists(path):
+            print("making", name, flush=True)
+            build(path + ".part" + os.path.splitext(name)[1])
+            os.replace(path + ".part" + os.path.splitext(name)[1], path)
+        return path
+
+    def split(self, source, *words):
+        return [self.options.program, "-i", source, "-o", self.path("out/").rstrip("/"), *words]
+
+    def compare(self, title, contenders):
+        """`contenders`: name to command; the first is ours. Each gets one run not counted."""
+        results = {name: [] for name in contenders}
+        for turn in range(self.options.runs + 1):
+            for name, words in contenders.items():
+                figure = measure(words, [self.path("out/")])
+                if turn > 0:
+                    results[name].append(figure)
+        ours = next(iter(contenders))
+        print("\n" + title)
+        base = statistics.median(wall for wall, _ in results[ours])
+        for name, figures in results.items():
+            wall = statistics.median(wall for wall, _ in figures)
+            peak = max(peak for _, peak in figures)
+            print("  %-24s %8.3f s   peak %7.1f MiB   ours/this %5.2f" % (name, wall, peak / 1024, base / wall))
+            self.rows.append((title, name, wall, peak / 1024, base / wall))
+
+    def clip(self):
+        """Some seconds of 60 Mbit/s 1080p H.264 and AAC."""
+        return self.make("clip.mp4", lambda path: run(
+            ["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "testsrc2=s=1920x1080:r=25:d=8,noise=alls=60:allf=t",
+             "-f", "lavfi", "-i", "sine=f=440:r=48000:d=8", "-c:v", "libx264", "-preset", "ultrafast", "-b:v", "60M",
+             "-maxrate", "60M", "-bufsize", "60M", "-pix_fmt", "yuv420p", "-c:a", "aac", "-b:a", "192k", path]))
+
+    def looped(self, name, *words):
+        times = max(GIGABYTE // os.path.getsize(self.clip()), 1)
+        return self.make(name, lambda path: run(
+            ["ffmpeg", "-v", "error", "-y", "-stream_loop", str(times), "-i", self.clip(), "-c", "copy", *words, path]))
+
+    def against_copies(self, title, source, ffmpeg_outputs):
+        out = self.path("out")
+        copies = [word.replace("OUT", out) for word in ffmpeg_outputs]
+        self.compare("%s, %.0f MB" % (title, os.path.getsize(source) / 1e6), {
+            "mediasplit": self.split(source),
+            "cp": ["cp", source, out + "/copy"],
+            "ffmpeg -c copy": ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", source, *copies],
+        })
+
+    def mp4(self):
+        streams = ["-map", "0:v", "-c", "copy", "OUT/v.h264", "-map", "0:a", "-c", "copy", "OUT/a.aac"]
+        self.against_copies("plain MP4", self.looped("plain.mp4"), streams)
+        self.against_copies("fragmented MP4",
+                            self.looped("fragmented.mp4", "-movflags", "+frag_keyframe+empty_moov"), streams)
+
+    def ts(self):
+        streams = ["-map", "0:v", "-c", "copy", "OUT/v.h264", "-map", "0:a", "-c", "copy", "OUT/a.aac"]
+        self.against_copies("transport stream", self.looped("stream.ts"), streams)
+
+    def many_samples(self):
+        """Ten times the samples; the ratio of the times tells how the walk grows."""
+        for kind, counts in (("plain", (200_000, 2_000_000)), ("fragmented", (50_000, 500_000))):
+            walls = []
+            for count in counts:
+                source = self.make("samples_%s_%d.mp4" % (kind, count),
+                                   lambda path, k=kind, n=count: write_small_samples(path, k, n))
+                walls.append(statistics.median(
+                    measure(self.split(source), [self.path("out/")])[0] for _ in range(self.options.runs)))
+            print("\n%s, %d samples: %.3f s; %d samples: %.3f s; growth %.1f for ten times the samples" %
+                  (kind, counts[0], walls[0], counts[1], walls[1], walls[1] / walls[0]))
+
+
+# ---- files of many small samples --------------------------------------------------------------------
+
+def box(kind, *parts):
+    body = b"".join(parts)
+    return struct.pack(">I4s", 8 + len(body), kind) + body
+
+
+def movie(tables, extra=b""):
+    entry = box(b"ac-3", bytes(6), b"\0\1", bytes(8), b"\0\2\0\x10", bytes(4), struct.pack(">I", 48000 << 16),
+                box(b"dac3", b"\x10\x11\x00"))
+    stbl = box(b"stbl", box(b"stsd", bytes(4), struct.pack(">I", 1), entry), *tables)
+    mdia = box(b"mdia", box(b"mdhd", bytes(12), struct.pack(">II", 48000, 0), b"\x55\xc4\0\0"),
+               box(b"hdlr", bytes(8), b"soun", bytes(13)), box(b"minf", box(b"smhd", bytes(8)), stbl))
+    track = box(b"trak", box(b"tkhd", bytes(12), struct.pack(">I", 1), bytes(68)), mdia)
+    return box(b"moov", box(b"mvhd", bytes(12), struct.pack(">II", 1000, 0), bytes(80)), track, extra)
+
+
+def write_small_samples(path, kind, count):
+    ftyp = box(b"ftyp", b"isom\0\0\0\1isom")
+    with open(path, "wb") as out:
+        if kind == "plain":
+            chunk, size = 100, 16
+            chunks = count // chunk
+            def tables(first):
+                offsets = struct.pack(">II", 0, chunks) + b"".join(
+                    struct.pack(">I", first + i * chunk * size) for i in range(chunks))
+                return [box(b"stts", struct.pack(">IIII", 0, 1, count, 1536)),
+                        box(b"stsc", struct.pack(">IIIII", 0, 1, 1, chunk, 1)),
+                        box(b"stsz", struct.pack(">III", 0, 0, count) + struct.pack(">I", size) * count),
+                        box(b"stco", offsets)]
+            head = len(ftyp) + len(movie(tables(0))) + 8
+            out.write(ftyp + movie(tables(head)) + struct.pack(">I4s", 8 + count * size, b"mdat"))
+            out.write(bytes(range(16)) * count)
+            return
+        mvex = box(b"mvex", box(b"trex", bytes(4), struct.pack(">IIIII", 1, 1, 1536, 16, 0)))
+        empty = [box(kind, bytes(8)) for kind in (b"stts", b"stsc", b"stco")] + [box(b"stsz", bytes(12))]
+        out.write(ftyp + movie(empty, mvex))
+        for _ in range(5000 if count == 500_000 else 500):
+            n = 100
+            trun = box(b"trun", struct.pack(">IIi", 0x201, n, 0) + struct.pack(">I", 16) * n)
+            moof_size = 8 + 16 + 8 + 16 + len(trun)
+            trun = box(b"trun", struct.pack(">IIi", 0x201, n, moof_size + 8) + struct.pack(">I", 16) * n)
+            moof = box(b"moof", box(b"mfhd", bytes(8)),
+                       box(b"traf", box(b"tfhd", struct.pack(">II", 0x20000, 1)), trun))
+            out.write(moof + box(b"mdat", bytes(range(16)) * n))
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--program", default="build/bench/src/main/mediasplit")
+    parser.add_argument("--scratch", default="/tmp/mediasplit_bench")
+    parser.add_argument("--runs", type=int, default=5)
+    parser.add_argument("jobs", nargs="*", help="mp4, ts, many_samples; default: all")
+    options = parser.parse_args()
+    options.program = os.path.abspath(options.program)
+    os.makedirs(options.scratch, exist_ok=True)
+    bench = Bench(options)
+    for job in options.jobs or ["mp4", "ts", "many_samples"]:
+        getattr(bench, job)()
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,76 @@
+#include "src/commonfileio/file_descriptor.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace mediasplit {
+
+FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
+    if (this != &other) {
+        close();
+        descriptor_ = std::exchange(other.descriptor_, -1);
+        at_end_ = std::exchange(other.at_end_, false);
+    }
+    return *this;
+}
+
+std::uint64_t FileDescriptor::read(std::span<std::uint8_t> destination) {
+    std::uint64_t done = 0;
+    while (done < destination.size()) {
+        const ssize_t got =
+            ::read(descriptor_, destination.data() + done, destination.size() - done);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            at_end_ = true;
+            break;
+        }
+        done += static_cast<std::uint64_t>(got);
+    }
+    return done;
+}
+
+bool FileDescriptor::seek_to(std::int64_t offset) {
+    if (::lseek(descriptor_, offset, SEEK_SET) < 0) {
+        return false;
+    }
+    at_end_ = false;
+    return true;
+}
+
+bool FileDescriptor::seek_by(std::int64_t distance) {
+    if (::lseek(descriptor_, distance, SEEK_CUR) < 0) {
+        return false;
+    }
+    at_end_ = false;
+    return true;
+}
+
+std::int64_t FileDescriptor::size() const {
+    const off_t place = ::lseek(descriptor_, 0, SEEK_CUR);
+    if (place < 0) {
+        return -1;
+    }
+    const off_t end = ::lseek(descriptor_, 0, SEEK_END);
+    if (::lseek(descriptor_, place, SEEK_SET) < 0) {
+        return -1;
+    }
+    return end;
+}
+
+void FileDescriptor::close() {
+    if (descriptor_ >= 0) {
+        ::close(descriptor_);
+        descriptor_ = -1;
+    }
+    at_end_ = false;
+}
+
+FileDescriptor open_for_reading(const std::string& path) {
+    return FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+}
+
+}  // namespace mediasplit

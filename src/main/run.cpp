@@ -1,0 +1,93 @@
+#include "src/main/run.h"
+
+#include <csignal>
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "src/file_util/output_folder.h"
+#include "src/log/logging.h"
+#include "src/main/command_line.h"
+#include "src/main/process.h"
+#include "src/main/usage.h"
+#include "src/records/run_options.h"
+#include "src/util/fetcher.h"
+
+namespace mediasplit {
+
+namespace {
+
+constexpr std::uint32_t kBroadcastAc4Mask = 4;
+
+bool is_address(std::string_view text) {
+    return text.starts_with("http://") || text.starts_with("https://");
+}
+
+bool is_ts(FormatId format) {
+    return format == FormatId::kTsSeries || format == FormatId::kTsFile;
+}
+
+// Makes the folders of the run. An exit status if that fails.
+std::optional<int> prepare_folders() {
+    if (is_address(*g_input) && recursive_create_path("tmp") != 0) {
+        static_cast<void>(Logging_err_type_check(nullptr, 4062, {}));
+        return 1;
+    }
+    if (!g_output_dir) {
+        static_cast<void>(Logging_err_type_check(nullptr, 4007, {}));
+        return 1;
+    }
+    const Status status = open_output_folder(*g_output_dir);
+    return status == Status::kOk ? std::nullopt : std::optional(static_cast<int>(status));
+}
+
+// Tells of options that the input makes no use of. Results are dropped: a track id that can't be
+// one is deliberately an error that doesn't end or fail the run.
+void report_idle_options(const Loglist* loglist) {
+    if (has_checkpoint_set(loglist, kBroadcastAc4Mask) && g_file_format != FormatId::kDash &&
+        g_file_format != FormatId::kMp4) {
+        static_cast<void>(Logging_err_type_check(nullptr, 2004, {}));
+    }
+    if (g_track_id != kNoSelection && g_file_format != FormatId::kMp4) {
+        static_cast<void>(Logging_err_type_check(nullptr, 2002, {}));
+    }
+    if (g_pid != kNoSelection && !is_ts(g_file_format)) {
+        static_cast<void>(Logging_err_type_check(nullptr, 2003, {}));
+    }
+    if (g_track_id != kNoSelection && g_track_id <= 0) {
+        static_cast<void>(Logging_err_type_check(nullptr, 4008, {}));
+    }
+}
+
+int run_with_loglist(int parse_result, Loglist* loglist) {
+    if (parse_result != 0) {
+        cmdShowUsage();
+        return parse_result == kNoArguments ? 0 : 1;
+    }
+    if (!g_input) {
+        return 0;
+    }
+    if (const std::optional<int> exit_status = prepare_folders()) {
+        return *exit_status;
+    }
+    report_idle_options(loglist);
+    return process(nullptr, 0, loglist);
+}
+
+}  // namespace
+
+int run_program(int count, const char* const* arguments) {
+    // A reader that went away, or a file that reached its size limit, shows as a failed write.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const int parse_result = cmdParse(count, arguments);
+    std::unique_ptr<Loglist> loglist =
+        init_loglist(static_cast<std::uint32_t>(g_check_point_num), g_checkpoint_list.data());
+    urlinit();
+    const int exit_status = run_with_loglist(parse_result, loglist.get());
+    urluninit();
+    destroy_loglist(loglist);
+    return exit_status;
+}
+
+}  // namespace mediasplit

@@ -1,0 +1,19 @@
+// Languages by their ISO 639 codes.
+#pragma once
+
+#include <span>
+
+#include "src/util/language_codes.h"
+#include "src/util/opt_text.h"
+
+namespace mediasplit {
+
+// All languages of ISO 639-2 without the range for private use.
+std::span<const LanguageRow> iso_639_code_table();
+
+// Compares two language codes: 0 if they name the same language, whichever of the ISO 639-1 and
+// 639-2 codes they use. Otherwise the order of the texts like strcmp, -1 if one is missing. Codes
+// for private use, and texts that aren't 2 or 3 characters long, are compared as texts.
+int language_match(OptText a, OptText b);
+
+}  // namespace mediasplit

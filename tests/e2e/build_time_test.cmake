@@ -1,0 +1,8 @@
+include(${CMAKE_CURRENT_LIST_DIR}/../../src/main/build_time.cmake)
+file(READ "${OUTPUT}" header)
+foreach(expected "kBuildTime = \"${EXPECTED_TIME}\"" "kBuildDate = \"${EXPECTED_DATE}\"")
+  string(FIND "${header}" "${expected}" place)
+  if(place EQUAL -1)
+    message(FATAL_ERROR "${expected} isn't in\n${header}")
+  endif()
+endforeach()

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mediasplit {
+
+/// A folder of its own for a test, removed with all that is in it.
+class TempFolder {
+public:
+    TempFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "mediasplit-XXXXXX").string();
+        path_ = mkdtemp(name.data()) == nullptr ? "." : name;
+    }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+    ~TempFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+
+    [[nodiscard]] std::string path() const { return path_.string(); }
+    [[nodiscard]] std::string path(std::string_view name) const { return (path_ / name).string(); }
+
+    /// Writes a file and returns its path.
+    [[nodiscard]] std::string write(std::string_view name, std::string_view bytes) const {
+        std::ofstream(path_ / name, std::ios::binary) << bytes;
+        return path(name);
+    }
+
+private:
+    std::filesystem::path path_;
+};
+
+/// Makes a folder the working directory as long as it lives.
+class WorkingDirectory {
+public:
+    explicit WorkingDirectory(const std::string& path) : former_(std::filesystem::current_path()) {
+        std::filesystem::current_path(path);
+    }
+    WorkingDirectory(const WorkingDirectory&) = delete;
+    WorkingDirectory& operator=(const WorkingDirectory&) = delete;
+    ~WorkingDirectory() { std::filesystem::current_path(former_); }
+
+private:
+    std::filesystem::path former_;
+};
+
+/// The whole content of a file.
+inline std::string read_file(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+}  // namespace mediasplit

@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "base/xml_tree.h"
+
+namespace mediasplit {
+namespace {
+
+const char* const kDocument =
+    "<?xml version='1.0'?><!DOCTYPE MPD [<!ENTITY e 'E&amp;'><!ATTLIST S d NMTOKEN '1'>]>\n"
+    "<MPD type=\"static\"><!-- c --><Period id='&e;'>\n te&e;xt<S t=' 0 ' r=\"2\"/><S/>"
+    "<![CDATA[x<y]]><BaseURL>a/&#98;</BaseURL></Period></MPD>\n";
+
+// Reads all that a tree shows.
+std::size_t walk(const Ezxml* root) {
+    std::size_t count = 0;
+    for (const Ezxml* node = root; node != nullptr;) {
+        count += std::string_view(node->txt).size() + ezxml_toxml(nullptr).size() + 1;
+        for (const char* const* text = node->attr; *text != nullptr; ++text) {
+            count += std::string_view(*text).size();
+        }
+        (void)ezxml_attr(node, "d");
+        if (node->child != nullptr) {
+            node = node->child;
+            continue;
+        }
+        while (node != nullptr && node->ordered == nullptr) {
+            node = node->parent;
+        }
+        node = node == nullptr ? nullptr : node->ordered;
+    }
+    return count;
+}
+
+TEST(XmlHostile, DocumentCutAtAnyByteStandsAsFarAsItGoes) {
+    const std::string whole = kDocument;
+    for (std::size_t size = 0; size <= whole.size(); ++size) {
+        const EzxmlPtr root = ezxml_parse_str(whole.substr(0, size));
+        ASSERT_TRUE(root);
+        walk(root.get());
+        (void)ezxml_toxml(root.get());
+    }
+}
+
+TEST(XmlHostile, DocumentWithAnyByteChangedIsRead) {
+    const std::string whole = kDocument;
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+        for (const int change : {0x01, 0x80, 0xFF, 0x1D, '<' ^ '>', '&' ^ ';'}) {
+            std::string text = whole;
+            text[at] = static_cast<char>(text[at] ^ change);
+            const EzxmlPtr root = ezxml_parse_str(text);
+            ASSERT_TRUE(root);
+            walk(root.get());
+        }
+        for (const char c : std::string("<>&;'\"/!?[]- =%#")) {
+            std::string text = whole;
+            text[at] = c;
+            walk(ezxml_parse_str(text).get());
+            text = whole;
+            text.insert(at, 1, c);
+            walk(ezxml_parse_str(text).get());
+        }
+    }
+}
+
+TEST(XmlHostile, NestingIsBoundedByMemoryOnly) {
+    constexpr std::size_t kDepth = 1000000;
+    std::string text;
+    for (std::size_t i = 0; i < kDepth; ++i) {
+        text += "<a>";
+    }
+    const EzxmlPtr open = ezxml_parse_str(text);
+    EXPECT_STREQ(ezxml_error(open.get()), "[error near line 1]: unclosed tag <a>");
+    EXPECT_EQ(ezxml_toxml(open.get()).size(), 7 * kDepth);
+    for (std::size_t i = 0; i < kDepth; ++i) {
+        text += "</a>";
+    }
+    const EzxmlPtr closed = ezxml_parse_str(text);
+    EXPECT_STREQ(ezxml_error(closed.get()), "");
+    EXPECT_EQ(walk(closed.get()), kDepth);
+    ezxml_free(closed->child);
+    EXPECT_EQ(walk(closed.get()), 1U);
+}
+
+// Would take minutes if a child were found by walking its siblings.
+TEST(XmlHostile, ManySiblingsOfOneNameAreRead) {
+    std::string text = "<r>";
+    for (int i = 0; i < 300000; ++i) {
+        text += "\n <S d='1' r='2'/>";
+    }
+    const EzxmlPtr root = ezxml_parse_str(text + "</r>");
+    std::size_t count = 0;
+    for (const Ezxml* node = ezxml_child(root.get(), "S"); node != nullptr; node = node->next) {
+        ++count;
+    }
+    EXPECT_EQ(count, 300000U);
+    EXPECT_EQ(std::string_view(root->txt).size(), 600000U);
+}
+
+TEST(XmlHostile, ManySiblingsOfDifferentNamesAreRead) {
+    std::string text = "<r>";
+    for (int i = 0; i < 200000; ++i) {
+        text += "<n" + std::to_string(i) + "/>";
+    }
+    const EzxmlPtr root = ezxml_parse_str(text + "</r>");
+    for (int i = 0; i < 200000; i += 7) {
+        ASSERT_NE(ezxml_child(root.get(), "n" + std::to_string(i)), nullptr);
+    }
+    EXPECT_EQ(ezxml_child(root.get(), "n200000"), nullptr);
+}
+
+TEST(XmlHostile, ManyChildrenAddedByHandInOrder) {
+    const EzxmlPtr root = ezxml_new("r");
+    for (std::uint64_t i = 0; i < 300000; ++i) {
+        ezxml_add_child(root.get(), i % 2 == 0 ? "a" : "b", i);
+    }
+    EXPECT_EQ(walk(root.get()), 300001U);
+}
+
+TEST(XmlHostile, ManyDeclarationsAndAttributesAreRead) {
+    std::string text = "<!DOCTYPE r [";
+    for (int i = 0; i < 50000; ++i) {
+        const std::string n = std::to_string(i);
+        text += "<!ENTITY e" + n + " 'x'><!ATTLIST r a" + n + " CDATA 'd'>";
+    }
+    text += "]><r";
+    for (int i = 0; i < 50000; ++i) {
+        text += " b" + std::to_string(i) + "='&e" + std::to_string(i) + ";'";
+    }
+    const EzxmlPtr root = ezxml_parse_str(text + "/>");
+    EXPECT_STREQ(ezxml_attr(root.get(), "b49999"), "x");
+    EXPECT_STREQ(ezxml_attr(root.get(), "a49999"), "d");
+}
+
+TEST(XmlHostile, ManyReferencesWithoutAnEndAreRead) {
+    const EzxmlPtr root =
+        ezxml_parse_str("<!DOCTYPE r [<!ENTITY e 'x'>]><r>" + std::string(1000000, '&') +
+                        std::string(100000, 'a') + "</r>");
+    EXPECT_EQ(std::string_view(root->txt).size(), 1100000U);
+}
+
+}  // namespace
+}  // namespace mediasplit

@@ -1,0 +1,681 @@
+#include <gtest/gtest.h>
+#include <mbedtls/aes.h>
+
+#include <numeric>
+
+#include "tests/unit/fmp4demuxer/demux_run.h"
+
+namespace mediasplit {
+namespace {
+
+using mp4::Bytes;
+using mp4::SencRow;
+using mp4::SubsampleSpec;
+using mp4::TencSpec;
+
+const Bytes kKid = mp4::hex("a7e61c373e219033c21091fa607bf3b8");
+const Bytes kKey = mp4::hex("76a6c65c5ea762046bd749a2e632ccbb");
+const char* const kKidText = "a7e61c373e219033c21091fa607bf3b8";
+const char* const kKeyText = "76a6c65c5ea762046bd749a2e632ccbb";
+const std::string kPair = std::string(kKidText) + ":" + kKeyText;
+const Bytes kIv8 = mp4::hex("0102030405060708");
+const Bytes kIv16 = mp4::hex("0102030405060708090a0b0c0d0e0f10");
+
+// --- Encryption, in a few lines of its own -----------------------------------------------------
+
+Bytes block_cipher(Bytes block) {
+    mbedtls_aes_context aes;
+    mbedtls_aes_init(&aes);
+    mbedtls_aes_setkey_enc(&aes, kKey.data(), 128);
+    mbedtls_aes_crypt_ecb(&aes, MBEDTLS_AES_ENCRYPT, block.data(), block.data());
+    mbedtls_aes_free(&aes);
+    return block;
+}
+
+// Keystream block `number` for a counter that starts at `iv`, zeros behind it.
+Bytes keystream(const Bytes& iv, std::uint32_t number) {
+    Bytes counter = iv;
+    counter.resize(16, 0);
+    for (std::uint32_t n = 0; n < number; ++n) {
+        for (std::size_t i = 16; i-- > 0 && ++counter[i] == 0;) {
+        }
+    }
+    return block_cipher(counter);
+}
+
+// Encrypts [from, from + count) with the keystream from block `number` on.
+void ctr(Bytes& data, std::size_t from, std::size_t count, const Bytes& iv, std::uint32_t number) {
+    for (std::size_t i = 0; i < count; ++i) {
+        data[from + i] ^= keystream(iv, number + static_cast<std::uint32_t>(i / 16))[i % 16];
+    }
+}
+
+// Encrypts the blocks of [from, from + count) in a chain; `chain` is the block before them.
+void cbc(Bytes& data, std::size_t from, std::size_t count, Bytes& chain) {
+    for (std::size_t at = from; at < from + count; at += 16) {
+        Bytes block(data.begin() + static_cast<std::ptrdiff_t>(at),
+                    data.begin() + static_cast<std::ptrdiff_t>(at + 16));
+        for (std::size_t i = 0; i < 16; ++i) {
+            block[i] ^= chain[i];
+        }
+        chain = block_cipher(block);
+        std::copy(chain.begin(), chain.end(), data.begin() + static_cast<std::ptrdiff_t>(at));
+    }
+}
+
+Bytes padded(Bytes iv) {
+    iv.resize(16, 0);
+    return iv;
+}
+
+Bytes plain_text(std::size_t count) {
+    Bytes bytes(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        bytes[i] = static_cast<std::uint8_t>(i * 5 + 1);
+    }
+    return bytes;
+}
+
+// --- Files ------------------------------------------------------------------------------------
+
+TencSpec tenc_spec(std::uint32_t iv_size) {
+    TencSpec spec;
+    spec.kid = kKid;
+    spec.iv_size = iv_size;
+    return spec;
+}
+
+TencSpec pattern_spec(std::uint32_t crypt, std::uint32_t skip, std::uint32_t iv_size = 0,
+                      std::optional<Bytes> constant_iv = kIv16) {
+    TencSpec spec = tenc_spec(iv_size);
+    spec.version = 1;
+    spec.pattern = crypt << 4 | skip;
+    spec.constant_iv = std::move(constant_iv);
+    return spec;
+}
+
+// Tracks whose samples come out as they stand: video of an unknown codec and AC-3.
+mp4::TrackSpec video(std::string_view scheme, const TencSpec& spec) {
+    mp4::TrackSpec track;
+    track.entries = {mp4::video_entry("encv", 64, 64, {mp4::sinf("s263", scheme, spec)})};
+    track.write_senc = true;
+    return track;
+}
+
+mp4::TrackSpec audio(std::string_view scheme, const TencSpec& spec) {
+    mp4::TrackSpec track;
+    track.handler = "soun";
+    track.entries = {mp4::audio_entry("enca", 2, 16, 48000, {mp4::sinf("ac-3", scheme, spec)})};
+    track.write_senc = true;
+    track.senc_with_subsamples = false;
+    return track;
+}
+
+void add(mp4::TrackSpec& track, Bytes data, Bytes iv = {},
+         std::vector<SubsampleSpec> subsamples = {}) {
+    mp4::SampleSpec spec = sample(std::move(data));
+    spec.senc.iv = std::move(iv);
+    spec.senc.subsamples = std::move(subsamples);
+    track.samples.push_back(std::move(spec));
+}
+
+mp4::MovieSpec movie_of(std::vector<mp4::TrackSpec> tracks) {
+    mp4::MovieSpec movie;
+    movie.tracks = std::move(tracks);
+    return movie;
+}
+
+// What comes out of a track with the key at hand, from the plain and the fragmented form.
+Bytes decrypted(const mp4::TrackSpec& track) {
+    const std::string name =
+        std::string("in_track_id_1.out.") + (track.handler == "vide" ? "data" : "ac3");
+    const auto movie = movie_of({track});
+    std::optional<Bytes> result;
+    for (const Bytes& file : {mp4::plain_file(movie), mp4::fragmented_file(movie)}) {
+        DemuxRun run;
+        run.key_list = kPair;
+        EXPECT_EQ(run.walk(file), Status::kOk);
+        EXPECT_TRUE(run.sink.ids().empty());
+        const auto bytes = run.output(name);
+        EXPECT_TRUE(bytes.has_value());
+        if (result) {
+            EXPECT_EQ(bytes, result);
+        }
+        result = bytes;
+    }
+    return result.value_or(Bytes{});
+}
+
+// --- Schemes ----------------------------------------------------------------------------------
+
+TEST(Decryption, CencVideoDecryptsTheProtectedRangesOfEachSample) {
+    for (const Bytes& iv : {kIv8, kIv16}) {
+        auto track = video("cenc", tenc_spec(static_cast<std::uint32_t>(iv.size())));
+        const Bytes plain = plain_text(100);
+        Bytes data = plain;
+        ctr(data, 10, 32, iv, 0);
+        ctr(data, 47, 48, iv, 2);
+        add(track, data, iv, {{10, 32}, {5, 48}});
+        add(track, data, iv, {{10, 32}, {5, 48}});
+        EXPECT_EQ(decrypted(track), mp4::join({plain, plain}));
+    }
+}
+
+TEST(Decryption, CencRangeStartsAtAFreshKeystreamBlock) {
+    auto track = video("cenc", tenc_spec(16));
+    const Bytes plain = plain_text(60);
+    Bytes data = plain;
+    ctr(data, 0, 5, kIv16, 0);    // wastes 11 bytes of block 0
+    ctr(data, 10, 20, kIv16, 1);  // blocks 1 and 2, wastes 12 bytes of block 2
+    ctr(data, 30, 30, kIv16, 3);
+    add(track, data, kIv16, {{0, 5}, {5, 20}, {0, 30}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CencRangeOfNoBytesTakesNoKeystream) {
+    auto track = video("cenc", tenc_spec(8));
+    const Bytes plain = plain_text(40);
+    Bytes data = plain;
+    ctr(data, 20, 20, kIv8, 0);
+    add(track, data, kIv8, {{10, 0}, {10, 20}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CencCounterCarriesIntoTheIv) {
+    const Bytes iv = mp4::hex("00000000000000ffffffffffffffffff");
+    auto track = video("cenc", tenc_spec(16));
+    const Bytes plain = plain_text(48);
+    Bytes data = plain;
+    ctr(data, 0, 48, iv, 0);
+    add(track, data, iv, {{0, 48}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CencAudioDecryptsTheWholeSample) {
+    auto track = audio("cenc", tenc_spec(8));
+    const Bytes plain = plain_text(101);
+    Bytes data = plain;
+    ctr(data, 0, 101, kIv8, 0);
+    add(track, data, kIv8);
+    add(track, data, kIv8);
+    EXPECT_EQ(decrypted(track), mp4::join({plain, plain}));
+}
+
+TEST(Decryption, Cbc1VideoChainRunsOnOverTheRangesOfASample) {
+    auto track = video("cbc1", tenc_spec(16));
+    const Bytes plain = plain_text(120);
+    Bytes data = plain;
+    Bytes chain = kIv16;
+    cbc(data, 3, 32, chain);
+    cbc(data, 40, 64, chain);
+    add(track, data, kIv16, {{3, 32}, {5, 64}});
+    add(track, data, kIv16, {{3, 32}, {5, 64}});
+    EXPECT_EQ(decrypted(track), mp4::join({plain, plain}));
+}
+
+TEST(Decryption, Cbc1RangeOfPartBlocksStaysAsItIs) {
+    auto track = video("cbc1", tenc_spec(16));
+    const Bytes plain = plain_text(60);
+    Bytes data = plain;
+    Bytes chain = kIv16;
+    cbc(data, 20, 32, chain);
+    // The first range is refused as a whole and leaves the chain alone.
+    add(track, data, kIv16, {{0, 20}, {0, 32}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CbcAudioDecryptsItsWholeBlocksInOneChain) {
+    for (const std::string scheme : {"cbc1", "cbcs"}) {
+        auto track = audio(scheme, scheme == "cbcs" ? pattern_spec(1, 9) : tenc_spec(16));
+        const Bytes plain = plain_text(100);
+        Bytes data = plain;
+        Bytes chain = kIv16;
+        cbc(data, 0, 96, chain);
+        add(track, data, scheme == "cbcs" ? Bytes{} : kIv16);
+        EXPECT_EQ(decrypted(track), plain) << scheme;
+    }
+}
+
+TEST(Decryption, CensAudioDecryptsItsWholeBlocksWithoutAPattern) {
+    auto track = audio("cens", pattern_spec(1, 9, 8, std::nullopt));
+    const Bytes plain = plain_text(100);
+    Bytes data = plain;
+    ctr(data, 0, 96, kIv8, 0);
+    add(track, data, kIv8);
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CbcsPatternDecryptsBlocks0And10Of200Bytes) {
+    auto track = video("cbcs", pattern_spec(1, 9));
+    const Bytes plain = plain_text(210);
+    Bytes data = plain;
+    Bytes chain = kIv16;
+    cbc(data, 10, 16, chain);
+    cbc(data, 170, 16, chain);
+    add(track, data, {}, {{10, 200}});
+    add(track, data, {}, {{10, 200}});
+    EXPECT_EQ(decrypted(track), mp4::join({plain, plain}));
+}
+
+TEST(Decryption, CbcsPatternStartsAfreshAtEachSubsampleAndTheChainDoesNot) {
+    auto track = video("cbcs", pattern_spec(2, 1));
+    const Bytes plain = plain_text(150);
+    Bytes data = plain;
+    Bytes chain = kIv16;
+    cbc(data, 0, 32, chain);
+    cbc(data, 48, 16, chain);  // of 64 protected bytes
+    cbc(data, 70, 32, chain);
+    cbc(data, 118, 32, chain);
+    add(track, data, {}, {{0, 64}, {6, 80}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CbcsLastPartBlockAndShortRangesStayAsTheyAre) {
+    auto track = video("cbcs", pattern_spec(1, 1));
+    const Bytes plain = plain_text(70);
+    Bytes data = plain;
+    Bytes chain = kIv16;
+    cbc(data, 15, 16, chain);
+    cbc(data, 47, 16, chain);
+    add(track, data, {}, {{0, 15}, {0, 55}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CbcsSkip0DecryptsOnlyTheFirstBlocksOfASubsample) {
+    auto track = video("cbcs", pattern_spec(2, 0));
+    const Bytes plain = plain_text(128);
+    Bytes data = plain;
+    Bytes chain = kIv16;
+    cbc(data, 0, 32, chain);
+    cbc(data, 64, 32, chain);
+    add(track, data, {}, {{0, 64}, {0, 64}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CbcsCrypt0DecryptsNothing) {
+    for (const std::uint32_t skip : {0U, 3U}) {
+        auto track = video("cbcs", pattern_spec(0, skip));
+        const Bytes plain = plain_text(64);
+        add(track, plain, {}, {{0, 64}});
+        EXPECT_EQ(decrypted(track), plain);
+    }
+}
+
+TEST(Decryption, CbcsTakesTheConstantIvAtEachSample) {
+    auto track = video("cbcs", pattern_spec(1, 9, 16, kIv8));
+    const Bytes plain = plain_text(16);
+    Bytes data = plain;
+    Bytes chain = padded(kIv8);
+    cbc(data, 0, 16, chain);
+    // The rows' own IVs don't count.
+    add(track, data, kIv16, {{0, 16}});
+    add(track, data, kIv16, {{0, 16}});
+    EXPECT_EQ(decrypted(track), mp4::join({plain, plain}));
+}
+
+TEST(Decryption, CbcsWithoutAConstantIvClearsTheSamplesOwn) {
+    auto track = video("cbcs", pattern_spec(1, 9, 16, Bytes{}));
+    const Bytes plain = plain_text(16);
+    Bytes data = plain;
+    Bytes chain(16, 0);
+    cbc(data, 0, 16, chain);
+    add(track, data, kIv16, {{0, 16}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CensPatternDecryptsBytes0To15And160To175Of200) {
+    auto track = video("cens", pattern_spec(1, 9, 8, std::nullopt));
+    const Bytes plain = plain_text(203);
+    Bytes data = plain;
+    ctr(data, 3, 16, kIv8, 0);
+    ctr(data, 163, 16, kIv8, 1);
+    add(track, data, kIv8, {{3, 200}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CensDecryptsALastPartBlock) {
+    auto track = video("cens", pattern_spec(2, 1, 8, std::nullopt));
+    const Bytes plain = plain_text(60);
+    Bytes data = plain;
+    ctr(data, 0, 32, kIv8, 0);
+    ctr(data, 48, 12, kIv8, 2);
+    add(track, data, kIv8, {{0, 60}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CensSkip0DecryptsTheWholeRange) {
+    auto track = video("cens", pattern_spec(1, 0, 8, std::nullopt));
+    const Bytes plain = plain_text(75);
+    Bytes data = plain;
+    ctr(data, 0, 75, kIv8, 0);
+    add(track, data, kIv8, {{0, 75}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, CensCrypt0LeavesTheRange) {
+    for (const std::uint32_t skip : {0U, 4U}) {
+        auto track = video("cens", pattern_spec(0, skip, 8, std::nullopt));
+        const Bytes plain = plain_text(75);
+        add(track, plain, kIv8, {{0, 75}});
+        EXPECT_EQ(decrypted(track), plain);
+    }
+}
+
+TEST(Decryption, VideoWithoutSubsamplesStaysAsItIs) {
+    auto track = video("cenc", tenc_spec(8));
+    track.senc_with_subsamples = false;
+    const Bytes data = plain_text(40);
+    add(track, data, kIv8);
+    EXPECT_EQ(decrypted(track), data);
+}
+
+TEST(Decryption, UnsupportedSchemeLeavesTheSamplesAndSaysNothing) {
+    auto track = audio("sve1", tenc_spec(8));
+    const Bytes data = plain_text(40);
+    add(track, data, kIv8);
+    EXPECT_EQ(decrypted(track), data);
+}
+
+TEST(Decryption, TrackThatSaysNotProtectedIsDecryptedAsItsSchemeTells) {
+    TencSpec spec = tenc_spec(8);
+    spec.is_protected = 0;
+    auto track = audio("cenc", spec);
+    const Bytes plain = plain_text(40);
+    Bytes data = plain;
+    ctr(data, 0, 40, kIv8, 0);
+    add(track, data, kIv8);
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, SamplesWithoutASencRowGoOnFromTheChainAtHand) {
+    auto track = audio("cenc", tenc_spec(8));
+    track.write_senc = false;
+    const Bytes plain = plain_text(32);
+    Bytes first = plain;
+    Bytes second = plain;
+    ctr(first, 0, 32, Bytes(16, 0), 0);
+    ctr(second, 0, 32, Bytes(16, 0), 2);
+    add(track, first);
+    add(track, second);
+    EXPECT_EQ(decrypted(track), mp4::join({plain, plain}));
+}
+
+// --- Several tracks ---------------------------------------------------------------------------
+
+TEST(Decryption, ClearTrackBesideAnEncryptedOneIsUnchanged) {
+    auto encrypted = audio("cenc", tenc_spec(8));
+    const Bytes plain = plain_text(50);
+    Bytes data = plain;
+    ctr(data, 0, 50, kIv8, 0);
+    add(encrypted, data, kIv8);
+    mp4::TrackSpec clear;
+    clear.track_id = 2;
+    clear.handler = "soun";
+    clear.entries = {mp4::audio_entry("ac-3", 2, 16, 48000)};
+    add(clear, plain);
+    add(clear, data);
+    DemuxRun run;
+    run.key_list = kPair;
+    EXPECT_EQ(run.walk(mp4::plain_file(movie_of({encrypted, clear}))), Status::kOk);
+    EXPECT_EQ(run.output("in_track_id_1.out.ac3"), plain);
+    EXPECT_EQ(run.output("in_track_id_2.out.ac3"), mp4::join({plain, data}));
+}
+
+TEST(Decryption, ClearAndEncryptedTwinEntriesAreDecrypted) {
+    auto track = video("cenc", tenc_spec(8));
+    const Bytes encrypted_entry = track.entries[0];
+    track.entries = {mp4::video_entry("s263", 64, 64), encrypted_entry};
+    const Bytes plain = plain_text(50);
+    Bytes data = plain;
+    ctr(data, 10, 40, kIv8, 0);
+    add(track, data, kIv8, {{10, 40}});
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(Decryption, SecondTrackWithASchemeOfItsOwnEndsWith4071) {
+    auto first = audio("cenc", tenc_spec(8));
+    auto second = first;
+    second.track_id = 2;
+    add(first, plain_text(4), kIv8);
+    DemuxRun run;
+    run.key_list = kPair;
+    EXPECT_EQ(run.walk(mp4::plain_file(movie_of({first, second}))), Status::kFailed);
+    ASSERT_EQ(run.sink.ids(), std::vector<int>{4071});
+    EXPECT_TRUE(run.output_names().empty());
+}
+
+TEST(Decryption, SecondEncryptedTrackWithoutASchemeIsNoTrouble) {
+    auto first = audio("cenc", tenc_spec(8));
+    mp4::TrackSpec second;
+    second.track_id = 2;
+    second.handler = "soun";
+    second.entries = {
+        mp4::audio_entry("enca", 2, 16, 48000, {mp4::box("sinf", {mp4::frma("ac-3")})})};
+    const Bytes plain = plain_text(20);
+    Bytes data = plain;
+    ctr(data, 0, 20, kIv8, 0);
+    add(first, data, kIv8);
+    add(second, data);
+    DemuxRun run;
+    run.key_list = kPair;
+    EXPECT_EQ(run.walk(mp4::plain_file(movie_of({first, second}))), Status::kOk);
+    EXPECT_EQ(run.output("in_track_id_1.out.ac3"), plain);
+    EXPECT_EQ(run.output("in_track_id_2.out.ac3"), data);
+}
+
+TEST(Decryption, TrackOfAnUnsupportedSchemeAheadDoesNotTakeTheContext) {
+    auto first = audio("sve1", tenc_spec(8));
+    auto second = audio("cenc", tenc_spec(8));
+    second.track_id = 2;
+    const Bytes plain = plain_text(20);
+    Bytes data = plain;
+    ctr(data, 0, 20, kIv8, 0);
+    add(first, data, kIv8);
+    add(second, data, kIv8);
+    DemuxRun run;
+    run.key_list = kPair;
+    EXPECT_EQ(run.walk(mp4::plain_file(movie_of({first, second}))), Status::kOk);
+    EXPECT_EQ(run.output("in_track_id_1.out.ac3"), data);
+    EXPECT_EQ(run.output("in_track_id_2.out.ac3"), plain);
+}
+
+// --- Segments ---------------------------------------------------------------------------------
+
+TEST(Decryption, ContextAndRowsServeAllSegments) {
+    auto track = audio("cenc", tenc_spec(8));
+    const Bytes plain = plain_text(30);
+    std::vector<Bytes> ivs;
+    for (std::uint8_t i = 0; i < 6; ++i) {
+        ivs.push_back({i, 2, 3, 4, 5, 6, 7, 8});
+        Bytes data = plain;
+        ctr(data, 0, 30, ivs.back(), 0);
+        add(track, data, ivs.back());
+    }
+    const auto movie = movie_of({track});
+    DemuxRun run;
+    run.key_list = kPair;
+    EXPECT_EQ(run.walk(mp4::initialization_segment(movie)), Status::kOk);
+    const auto* context = run.demuxer()->decrypt.get();
+    EXPECT_NE(context, nullptr);
+    EXPECT_EQ(run.walk(mp4::media_segment(movie, 0, 3, 0, 1)), Status::kOk);
+    EXPECT_EQ(run.walk(mp4::media_segment(movie, 3, 3, 0, 2)), Status::kOk);
+    EXPECT_EQ(run.demuxer()->decrypt.get(), context);
+    EXPECT_EQ(run.output("in_track_id_1.out.ac3"),
+              mp4::join({plain, plain, plain, plain, plain, plain}));
+}
+
+TEST(Decryption, RowsCountFromTheEnd) {
+    auto track = audio("cenc", tenc_spec(8));
+    track.write_senc = false;
+    const Bytes plain = plain_text(16);
+    const Bytes iv_b{9, 9, 9, 9, 9, 9, 9, 9};
+    Bytes with_a = plain;
+    Bytes with_b = plain;
+    ctr(with_a, 0, 16, kIv8, 0);
+    ctr(with_b, 0, 16, iv_b, 0);
+    add(track, with_a);
+    add(track, with_b);
+    const auto entry_with = [](const std::vector<SencRow>& rows) {
+        return mp4::audio_entry("enca", 2, 16, 48000,
+                                {mp4::sinf("ac-3", "cenc", tenc_spec(8)), mp4::senc(rows, false)});
+    };
+    // Three rows for two samples: the first is left over.
+    track.entries = {entry_with({{{1, 1, 1, 1, 1, 1, 1, 1}, {}}, {kIv8, {}}, {iv_b, {}}})};
+    DemuxRun more;
+    more.key_list = kPair;
+    EXPECT_EQ(more.walk(mp4::plain_file(movie_of({track}))), Status::kOk);
+    EXPECT_EQ(more.output("in_track_id_1.out.ac3"), mp4::join({plain, plain}));
+    // One row for two samples: it belongs to the last, the first has none.
+    Bytes without = plain;
+    ctr(without, 0, 16, Bytes(16, 0), 0);
+    track.samples[0].data = without;
+    track.entries = {entry_with({{iv_b, {}}})};
+    DemuxRun fewer;
+    fewer.key_list = kPair;
+    EXPECT_EQ(fewer.walk(mp4::plain_file(movie_of({track}))), Status::kOk);
+    EXPECT_EQ(fewer.output("in_track_id_1.out.ac3"), mp4::join({plain, plain}));
+}
+
+// --- Keys -------------------------------------------------------------------------------------
+
+struct KeyResult {
+    std::vector<int> ids;
+    Status status = Status::kOk;
+    std::optional<Bytes> out;
+    std::string last_text;
+};
+
+KeyResult with_keys(std::optional<std::string> key_list, std::optional<std::string> key_text) {
+    auto track = audio("cenc", tenc_spec(8));
+    Bytes data = plain_text(20);
+    ctr(data, 0, 20, kIv8, 0);
+    add(track, data, kIv8);
+    DemuxRun run;
+    run.key_list = std::move(key_list);
+    run.key_text = std::move(key_text);
+    KeyResult result;
+    result.status = run.walk(mp4::plain_file(movie_of({track})));
+    result.ids = run.sink.ids();
+    result.out = run.output("in_track_id_1.out.ac3");
+    if (!result.ids.empty()) {
+        result.last_text = run.sink.reports().back().text;
+    }
+    return result;
+}
+
+TEST(DecryptionKeys, PairIsFoundAnywhereInTheList) {
+    const std::string other = "00000000000000000000000000000000:11111111111111111111111111111111";
+    const std::vector<std::string> lists{kPair, other + "," + kPair, kPair + "," + other,
+                                         std::string(kKidText) + "=" + kKeyText};
+    for (const std::string& list : lists) {
+        EXPECT_EQ(with_keys(list, std::nullopt).out, plain_text(20)) << list;
+    }
+}
+
+TEST(DecryptionKeys, KeyInUpperCaseIsTaken) {
+    EXPECT_EQ(
+        with_keys(std::string(kKidText) + ":76A6C65C5EA762046BD749A2E632CCBB", std::nullopt).out,
+        plain_text(20));
+}
+
+TEST(DecryptionKeys, KeyTextGoesBeforeTheList) {
+    const std::string wrong = std::string(kKidText) + ":00000000000000000000000000000000";
+    EXPECT_EQ(with_keys(wrong, kKeyText).out, plain_text(20));
+}
+
+TEST(DecryptionKeys, NoKeyEndsWith4012) {
+    const std::string upper = "A7E61C373E219033C21091FA607BF3B8:" + std::string(kKeyText);
+    const std::string too_short = kPair.substr(0, kPair.size() - 1);
+    const std::vector<std::optional<std::string>> lists{
+        std::nullopt, "", "00000000000000000000000000000000:" + std::string(kKeyText), upper,
+        too_short};
+    for (const auto& list : lists) {
+        const KeyResult result = with_keys(list, std::nullopt);
+        EXPECT_EQ(result.ids, std::vector<int>{4012});
+        EXPECT_EQ(result.status, Status::kFailed);
+        EXPECT_FALSE(result.out.has_value());
+    }
+}
+
+TEST(DecryptionKeys, TextThatIsNoKeyEndsWith4014) {
+    const std::string kid = std::string(kKidText) + ":";
+    KeyResult result = with_keys(kid + "76a6c65c5ea762046bd749a2e632ccb,and:more", std::nullopt);
+    EXPECT_EQ(result.ids, (std::vector<int>{4015, 4014}));
+    EXPECT_EQ(result.last_text,
+              "The input decryption key is invalid : 76a6c65c5ea762046bd749a2e632ccb.");
+    EXPECT_EQ(result.status, Status::kFailed);
+    EXPECT_FALSE(result.out.has_value());
+    result = with_keys(kid + "76a6c65c5ea7zz046bd749a2e632ccbb", std::nullopt);
+    EXPECT_EQ(result.ids, (std::vector<int>{4016, 4014}));
+}
+
+TEST(DecryptionKeys, KeyOfAnotherSizeLeavesTheSamplesAsTheyAre) {
+    Bytes data = plain_text(20);
+    ctr(data, 0, 20, kIv8, 0);
+    const KeyResult result =
+        with_keys(std::string(kKidText) + ":0011,00000000000000000000000000000000", std::nullopt);
+    EXPECT_TRUE(result.ids.empty());
+    EXPECT_EQ(result.out, data);
+}
+
+TEST(DecryptionKeys, ClearFileNeedsNone) {
+    mp4::TrackSpec track;
+    track.handler = "soun";
+    track.entries = {mp4::audio_entry("ac-3", 2, 16, 48000)};
+    add(track, {1});
+    DemuxRun run;
+    EXPECT_EQ(run.walk(mp4::plain_file(movie_of({track}))), Status::kOk);
+    EXPECT_TRUE(run.sink.ids().empty());
+}
+
+// --- Bad input --------------------------------------------------------------------------------
+
+TEST(DecryptionBadInput, SubsamplesBeyondTheSampleAreCut) {
+    auto track = video("cenc", tenc_spec(8));
+    const Bytes plain = plain_text(40);
+    Bytes data = plain;
+    ctr(data, 10, 30, kIv8, 0);
+    add(track, data, kIv8, {{10, 1000}, {5, 5}, {60000, 0xFFFFFFFF}});
+    add(track, plain, kIv8, {{60000, 0xFFFFFFFF}});
+    EXPECT_EQ(decrypted(track), mp4::join({plain, plain}));
+}
+
+TEST(DecryptionBadInput, OddIvSizesAreFilledUpOrCut) {
+    for (const std::uint32_t size : {0U, 3U, 255U}) {
+        auto track = audio("cenc", tenc_spec(size));
+        const Bytes iv(size, 7);
+        Bytes effective = iv;
+        effective.resize(16, 0);
+        const Bytes plain = plain_text(33);
+        Bytes data = plain;
+        ctr(data, 0, 33, effective, 0);
+        add(track, data, iv);
+        EXPECT_EQ(decrypted(track), plain) << size;
+    }
+}
+
+TEST(DecryptionBadInput, RowsAheadOfTheirTencHaveNoIv) {
+    auto track = audio("cenc", tenc_spec(8));
+    track.write_senc = false;
+    track.entries = {mp4::audio_entry(
+        "enca", 2, 16, 48000,
+        {mp4::senc({{kIv8, {}}}, false), mp4::sinf("ac-3", "cenc", tenc_spec(8))})};
+    const Bytes plain = plain_text(20);
+    Bytes data = plain;
+    ctr(data, 0, 20, Bytes(16, 0), 0);
+    add(track, data);
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+TEST(DecryptionBadInput, ConstantIvOver16BytesIsCut) {
+    auto track = audio("cbcs", pattern_spec(1, 9, 0, Bytes(200, 3)));
+    const Bytes plain = plain_text(32);
+    Bytes data = plain;
+    Bytes chain(16, 3);
+    cbc(data, 0, 32, chain);
+    add(track, data);
+    EXPECT_EQ(decrypted(track), plain);
+}
+
+}  // namespace
+}  // namespace mediasplit
