@@ -91,7 +91,8 @@ public:
         text.max_mntry = 500 + below(1000);
         text.rtll_comp = code(256);
         if (flag()) {
-            text.extension = std::string(below(60), flag() ? '1' : '0');
+            // The old syntax has rtll_comp in it, nine bits with its flag.
+            text.extension = std::string(9 + below(60), flag() ? '1' : '0');
         }
         return text;
     }
@@ -149,12 +150,9 @@ private:
     std::mt19937 random_;
 };
 
-// 5.1, so that the downmix coefficients stand behind everything else in the presentation substream,
-// and the dialogue enhancement behind everything else in the audio substream.
-Description describe(std::uint32_t seed) {
-    Randomizer random(seed);
-    Description text;
-    PresentationText& presentation = text.presentation;
+// 5.1, so that the downmix coefficients stand behind everything else.
+PresentationText describe_presentation(Randomizer& random) {
+    PresentationText presentation;
     presentation.dialnorm = random.below(128);
     presentation.loudness = random.loudness();
     presentation.drc = random.drc();
@@ -166,8 +164,21 @@ Description describe(std::uint32_t seed) {
     presentation.tail.code("0").add(write_stereo_downmix(downmix, false, true));
     presentation.tail.code("1 01111 1 10001");
 
-    SubstreamText& substream = text.substream;
+    return presentation;
+}
+
+// 5.1; the dialogue enhancement stands behind everything else.
+SubstreamText describe_substream(Randomizer& random, int sus_ver) {
+    SubstreamText substream;
+    substream.sus_ver = sus_ver;
     substream.ch_mode = 4;
+    substream.basic.dialnorm = random.below(128);
+    if (sus_ver == 0) {
+        substream.drc = random.drc();
+        substream.basic.downmix =
+            StereoDownmixText{random.below(8), random.below(8), random.code(32), {},
+                              random.code(32), random.code(32), random.below(4)};
+    }
     substream.audio_bytes = random.below(2000);
     substream.basic.more = true;
     substream.basic.substream_loudness = random.code(256);
@@ -196,16 +207,27 @@ Description describe(std::uint32_t seed) {
     for (int band = 1; band < 8; ++band) {
         substream.de->data += huffman_code_books::kDeDiff0[random.below(63)];
     }
-    return text;
+    return substream;
 }
 
-BuildFrame frame_of(const Description& text, std::uint32_t sequence_counter) {
+BuildFrame frame_of(const SubstreamText& text) {
     BuildFrame frame;
-    frame.sequence_counter = sequence_counter;
     frame.frame_rate_index = 2;
     frame.presentations[0].rate_bits.assign(1, '0');
     frame.presentations[0].id = 0;
     frame.presentations[0].emdf.primary_length = 1;
+    if (text.sus_ver == 0) {
+        frame.bitstream_version = 0;
+        frame.presentations[0].version = 0;
+        frame.presentations[0].substreams.resize(1);
+        frame.presentations[0].substreams[0].mode = std::string(ac4_mode::k51);
+        frame.substreams = {write_substream(text)};
+    }
+    return frame;
+}
+
+BuildFrame frame_of(const Description& text) {
+    BuildFrame frame = frame_of(text.substream);
     frame.groups[0].substreams[0].mode = std::string(ac4_mode::k51);
     frame.groups[0].substreams[0].index = 1;
     frame.substreams = {write_presentation(text.presentation).to_bytes(),
@@ -213,8 +235,17 @@ BuildFrame frame_of(const Description& text, std::uint32_t sequence_counter) {
     return frame;
 }
 
-PresentationMetadata read_presentation(const Description& text) {
-    const std::vector<std::uint8_t> data = write_presentation(text.presentation).to_bytes();
+std::vector<std::uint8_t> stream_of(BuildFrame frame) {
+    std::vector<std::uint8_t> stream;
+    for (frame.sequence_counter = 1; frame.sequence_counter <= 10; ++frame.sequence_counter) {
+        const Ac4Bytes bytes = write_syncframe(write_ac4_frame(frame));
+        stream.insert(stream.end(), bytes.begin(), bytes.end());
+    }
+    return stream;
+}
+
+PresentationMetadata read_presentation(const PresentationText& text) {
+    const std::vector<std::uint8_t> data = write_presentation(text).to_bytes();
     PresentationFacts facts;
     facts.b_pres_ndot = true;
     facts.n_substreams = 1;
@@ -229,10 +260,11 @@ PresentationMetadata read_presentation(const Description& text) {
     return out;
 }
 
-SubstreamMetadata read_substream(const Description& text) {
-    const std::vector<std::uint8_t> data = write_substream(text.substream);
+SubstreamMetadata read_substream(const SubstreamText& text) {
+    const std::vector<std::uint8_t> data = write_substream(text);
     SubstreamFacts facts;
     facts.ch_mode = 4;
+    facts.sus_ver = text.sus_ver;
     facts.b_iframe = true;
     facts.frame_length = 2048;
     Ac4MetadataState state;
@@ -283,35 +315,53 @@ void expect_same(const Told& told, const PresentationMetadata& ours) {
     EXPECT_NEAR(number(told, "LFE mix gain"), 10.0 - downmix.lfe_mixgain.value, 0.01);
 }
 
+void expect_same(const Told& told, const SubstreamMetadata& ours) {
+    const auto yes_no = [](bool yes) { return yes ? "Yes" : "No"; };
+    EXPECT_EQ(word(told, "Surround attenuation known", "No"),
+              yes_no(ours.basic.b_surround_attenuation_known));
+    EXPECT_EQ(word(told, "LFE attenuation known", "No"),
+              yes_no(ours.basic.b_lfe_attenuation_known));
+    EXPECT_TRUE(ours.de.b_de_data_present);
+    EXPECT_EQ(word(told, "Enabled", "No"), "Yes");
+    // Of a dialogue substream it tells the gain of the dialogue metadata instead.
+    const ExtendedMetadata& extended = ours.extended;
+    if (!extended.b_dialog || extended.dialog_max_gain_present) {
+        EXPECT_NEAR(number(told, "Max gain"),
+                    extended.b_dialog ? extended.dialog_max_gain : ours.de.max_gain_db, 0.01);
+    }
+}
+
+bool mediainfo_is_missing() {
+    return std::system("command -v mediainfo >/dev/null 2>&1") != 0;
+}
+
 TEST(IndependentReader, TellsTheSameOfRandomFrames) {
-    if (std::system("command -v mediainfo >/dev/null 2>&1") != 0) {
+    if (mediainfo_is_missing()) {
         GTEST_SKIP() << "mediainfo is not installed";
     }
     for (std::uint32_t seed = 0; seed < 40; ++seed) {
         SCOPED_TRACE(seed);
-        const Description text = describe(seed);
-        std::vector<std::uint8_t> stream;
-        for (std::uint32_t i = 1; i <= 10; ++i) {
-            const Ac4Bytes frame = write_syncframe(write_ac4_frame(frame_of(text, i)));
-            stream.insert(stream.end(), frame.begin(), frame.end());
-        }
-        const Told told = ask_mediainfo(stream);
-        expect_same(told, read_presentation(text));
-        const SubstreamMetadata substream = read_substream(text);
-        EXPECT_TRUE(substream.de.b_de_data_present);
-        const auto yes_no = [](bool yes) { return yes ? "Yes" : "No"; };
-        EXPECT_EQ(word(told, "Surround attenuation known", "No"),
-                  yes_no(substream.basic.b_surround_attenuation_known));
-        EXPECT_EQ(word(told, "LFE attenuation known", "No"),
-                  yes_no(substream.basic.b_lfe_attenuation_known));
-        EXPECT_EQ(word(told, "Enabled", "No"), "Yes");
-        // Of a dialogue substream it tells the gain of the dialogue metadata instead.
-        const ExtendedMetadata& extended = substream.extended;
-        if (!extended.b_dialog || extended.dialog_max_gain_present) {
-            EXPECT_NEAR(number(told, "Max gain"),
-                        extended.b_dialog ? extended.dialog_max_gain : substream.de.max_gain_db,
-                        0.01);
-        }
+        Randomizer random(seed);
+        const Description text{describe_presentation(random), describe_substream(random, 1)};
+        const Told told = ask_mediainfo(stream_of(frame_of(text)));
+        expect_same(told, read_presentation(text.presentation));
+        expect_same(told, read_substream(text.substream));
+    }
+}
+
+TEST(IndependentReader, TellsTheSameOfRandomFramesOfTheOldSyntax) {
+    if (mediainfo_is_missing()) {
+        GTEST_SKIP() << "mediainfo is not installed";
+    }
+    for (std::uint32_t seed = 100; seed < 140; ++seed) {
+        SCOPED_TRACE(seed);
+        Randomizer random(seed);
+        SubstreamText text = describe_substream(random, 0);
+        text.extended.dialog = false;  // told by the content type in this syntax
+        const Told told = ask_mediainfo(stream_of(frame_of(text)));
+        const SubstreamMetadata ours = read_substream(text);
+        EXPECT_NEAR(number(told, "Dialog Normalization"), ours.dialnorm, 0.005);
+        expect_same(told, ours);
     }
 }
 
