@@ -61,13 +61,13 @@ struct Field {
     std::uint32_t bits;
 };
 
-template <int kMessage, std::size_t kCount>
-Status check_fields(Loglist* loglist, const std::array<Field, kCount>& fields, ByteSpan payload,
-                    std::uint32_t at) {
+// `compare` takes a row and the value that the unit gives.
+template <std::size_t kCount, typename Compare>
+Status check_fields(const std::array<Field, kCount>& fields, ByteSpan payload, std::uint32_t at,
+                    Compare compare) {
     Status status = Status::kOk;
     for (const Field& row : fields) {
-        const std::uint32_t value = read_uint32(at, payload, row.bits);
-        status |= check(row.box == value, loglist, kMessage, {}, row.name, row.box, value);
+        status |= compare(row, read_uint32(at, payload, row.bits));
     }
     return status;
 }
@@ -83,7 +83,9 @@ Status check_light_level(Loglist* loglist, const Mp4Stream& stream, ByteSpan pay
         {"max_content_light_level", stream.max_content_light_level, 16},
         {"max_pic_average_light_level", stream.max_pic_average_light_level, 16},
     }};
-    return check_fields<4224>(loglist, fields, payload, at);
+    return check_fields(fields, payload, at, [&](const Field& row, std::uint32_t value) {
+        return check(row.box == value, loglist, 4224, {}, row.name, row.box, value);
+    });
 }
 
 // Deliberate: the box's colours (green, blue, red) are held against the unit's (red, green, blue)
@@ -107,7 +109,9 @@ Status check_mastering(Loglist* loglist, const Mp4Stream& stream, ByteSpan paylo
         {"max_display_mastering_luminance", stream.max_display_mastering_luminance, 32},
         {"min_display_mastering_luminance", stream.min_display_mastering_luminance, 32},
     }};
-    return check_fields<4223>(loglist, fields, payload, at);
+    return check_fields(fields, payload, at, [&](const Field& row, std::uint32_t value) {
+        return check(row.box == value, loglist, 4223, {}, row.name, row.box, value);
+    });
 }
 
 // An ITU-T T.35 unit that carries enhancement metadata.
