@@ -130,7 +130,7 @@ TEST(SingleBitRateTest, EachPairIsReported) {
 TEST(SingleBitRateTest, AnyDifferenceMakesAnotherContent) {
     const std::string streams =
         stream("avc1,ec-3", "v", "AUDIO=\"aud\"") + stream("hvc1,ec-3", "w", "AUDIO=\"other\"");
-    for (const std::string second :
+    for (const std::string& second :
          {surround("b", "CHANNELS=\"8\",LANGUAGE=\"en\""),
           surround("b", "CHANNELS=\"6\",LANGUAGE=\"de\""), surround("b", "CHANNELS=\"6\""),
           surround("b", "LANGUAGE=\"en\""),
