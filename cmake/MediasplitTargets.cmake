@@ -28,7 +28,8 @@ endif()
 # about vectors made from lists.
 add_library(mediasplit_test_options INTERFACE)
 target_compile_options(mediasplit_test_options INTERFACE -O1
-  $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread>)
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread
+    -Wno-mismatched-new-delete>)
 
 function(mediasplit_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
@@ -36,6 +37,9 @@ function(mediasplit_library name)
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE mediasplit_options PUBLIC ${ARG_DEPENDS})
 endfunction()
+
+# All tests that start threads: what is built and run under ThreadSanitizer.
+add_custom_target(threaded_tests)
 
 # mediasplit_test(<name> SOURCES <files...> [DEPENDS <targets...>] [LABELS <labels...>])
 # One GoogleTest program, run as one ctest test.
@@ -51,6 +55,9 @@ function(mediasplit_test name)
     Threads::Threads)
   add_test(NAME ${name} COMMAND ${name}_test)
   set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 1200)
+  if("threads" IN_LIST ARG_LABELS)
+    add_dependencies(threaded_tests ${name}_test)
+  endif()
 endfunction()
 
 # mediasplit_fuzzer(<name> SOURCE <file> [DEPENDS <targets...>])

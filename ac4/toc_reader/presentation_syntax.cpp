@@ -40,17 +40,27 @@ std::int32_t read_presentation_version(TocParser& parser) {
     return version;
 }
 
-void read_compatibility_and_id(TocParser& parser, PresentationDescription* out) {
+// What both forms of a presentation start with. False for one that has EMDF substreams and nothing
+// else: they are then taken as present.
+bool read_presentation_start(TocParser& parser, PresentationDescription* out) {
+    out->config = read_flag(parser.in) ? kConfigSingle : read_config(parser);
+    out->version = read_presentation_version(parser);
+    if (out->config == kConfigEmdfOnly) {
+        out->b_add_emdf_substreams = true;
+        return false;
+    }
     out->mdcompat_plus1 = static_cast<std::int32_t>(read_field(parser.in, 3)) + 1;
     out->id_position = field_position(parser.in);
     if (read_flag(parser.in)) {
         const std::uint32_t stored = read_variable_bits(parser.in, 2) + 1;
         out->id_plus1 = static_cast<std::int32_t>(limited(parser, stored, kMostPresentationId));
     }
+    out->frame_rate_multiply = read_frame_rate_multiply(parser);
+    return true;
 }
 
 void read_additional_emdf(TocParser& parser, PresentationDescription* out) {
-    out->n_add_emdf = read_emdf_count(parser);
+    out->n_add_emdf = out->b_add_emdf_substreams ? read_emdf_count(parser) : 0;
     for (std::uint32_t i = 0; i < out->n_add_emdf && parser_ok(parser); ++i) {
         const EmdfSubstream emdf = read_emdf_info(parser);
         if (i < out->add_emdf.size()) {
@@ -136,33 +146,19 @@ ConfigFacts presentation_config_facts(std::int32_t config, bool group_syntax) {
 PresentationDescription AC4_ANALYZE_ac4toc_get_next_presentation_info(
     TocParser& parser, InlineSubstreams* substreams) {
     PresentationDescription out;
-    out.config = read_flag(parser.in) ? kConfigSingle : read_config(parser);
-    out.version = read_presentation_version(parser);
-    if (out.config == kConfigEmdfOnly) {
-        out.b_add_emdf_substreams = true;
-    } else {
-        read_compatibility_and_id(parser, &out);
-        out.frame_rate_multiply = read_frame_rate_multiply(parser);
+    if (read_presentation_start(parser, &out)) {
         out.emdf = read_emdf_info(parser);
         read_inline_substreams(parser, &out, substreams);
         out.b_pre_virtualized = read_flag(parser.in);
         out.b_add_emdf_substreams = read_flag(parser.in);
     }
-    if (out.b_add_emdf_substreams) {
-        read_additional_emdf(parser, &out);
-    }
+    read_additional_emdf(parser, &out);
     return out;
 }
 
 PresentationDescription AC4_ANALYZE_ac4toc_parse_presentation_v1_info(TocParser& parser) {
     PresentationDescription out;
-    out.config = read_flag(parser.in) ? kConfigSingle : read_config(parser);
-    out.version = read_presentation_version(parser);
-    if (out.config == kConfigEmdfOnly) {
-        out.b_add_emdf_substreams = true;
-    } else {
-        read_compatibility_and_id(parser, &out);
-        out.frame_rate_multiply = read_frame_rate_multiply(parser);
+    if (read_presentation_start(parser, &out)) {
         out.frame_rate_fraction = read_frame_rate_fraction(parser, out.frame_rate_multiply);
         out.emdf = read_emdf_info(parser);
         out.filter_position = field_position(parser.in);
@@ -175,9 +171,7 @@ PresentationDescription AC4_ANALYZE_ac4toc_parse_presentation_v1_info(TocParser&
         out.b_pres_ndot = read_flag(parser.in);
         out.presentation_substream_index = read_substream_index(parser);
     }
-    if (out.b_add_emdf_substreams) {
-        read_additional_emdf(parser, &out);
-    }
+    read_additional_emdf(parser, &out);
     return out;
 }
 

@@ -98,7 +98,8 @@ struct AnalysisGroup {
     std::array<char, kMaxLanguageBytes> language{};
 };
 
-struct AnalysisRecord {
+// What a frame says of itself; cleared for each frame.
+struct AnalysisHead {
     std::uint32_t status = 0;
     std::uint32_t sync_word = 0;   // 0xAC40 or 0xAC41 behind the framer, 0 for whole frames
     bool damaged = false;          // from the framer
@@ -123,6 +124,9 @@ struct AnalysisRecord {
     std::array<std::uint8_t, 16> program_uuid{};
     std::int32_t substream_count_total = 0;                         // entries of the map in use
     std::array<std::int16_t, kAnalysisSubstreams> substream_map{};  // slot by table index, or -1
+};
+
+struct AnalysisRecord : AnalysisHead {
     std::array<AnalysisPresentation, kAnalysisPresentations> presentations{};
     std::array<AnalysisSubstream, kAnalysisSubstreams> substreams{};
     std::array<AnalysisGroup, kAnalysisGroups> groups{};

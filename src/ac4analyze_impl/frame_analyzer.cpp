@@ -45,29 +45,7 @@ auto allocation(Parts* parts, std::uint64_t reader_bytes, std::uint64_t stream_b
 }
 
 void clear_result(AnalysisRecord* result) {
-    result->status = 0;
-    result->sync_word = 0;
-    result->damaged = false;
-    result->frame_size = 0;
-    result->bitstream_version = 0;
-    result->fs_index = 0;
-    result->frame_rate_index = 0;
-    result->wait_frames = -1;
-    result->br_code = -1;
-    result->bit_rate_mode = 0;
-    result->rate_status = 0;
-    result->rate_mean = 0;
-    result->rate_peak = 0;
-    result->b_iframe_global = false;
-    result->frames_since_iframe = 0;
-    result->last_iframe_distance = 0;
-    result->n_presentations = 0;
-    result->n_presentations_raw = 0;
-    result->sequence_counter = 0;
-    result->program_id_kind = ProgramIdKind::kNone;
-    result->short_program_id = 0;
-    result->program_uuid.fill(0);
-    result->substream_count_total = 0;
+    static_cast<AnalysisHead&>(*result) = AnalysisHead{};
     result->substream_map.fill(kUnusedSlot);
     for (AnalysisSubstream& substream : result->substreams) {
         substream.slot = kUnusedSlot;
@@ -223,6 +201,9 @@ int orv_ac4analyze_open(Ac4Analyzer** analyzer, void* memory, const Ac4AnalyzeCo
     const memlib arena =
         memlib_open(memory, allocation(&parts, reader_bytes, buffer_size + kStreamMargin));
     Ac4Analyzer* opened = parts.analyzer;
+    if (opened == nullptr) {
+        return kAnalyzeToc;
+    }
     opened->arena = arena;
     opened->config = *config;
     opened->buffer_size = buffer_size;

@@ -87,9 +87,6 @@ void read_ec3_config(ByteReader& in, Ec3Config& config) {
 
 HandlerResult keep_payload(Mp4Demuxer& demuxer, InputFile& file, const BoxNode& node) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     stream->dsi = PayloadReader(file, node.size).rest(kMaxConfigSize);
     stream->dsi_size = static_cast<std::uint32_t>(stream->dsi.size());
     return kHandled;
@@ -99,9 +96,6 @@ HandlerResult keep_payload(Mp4Demuxer& demuxer, InputFile& file, const BoxNode& 
 
 HandlerResult parse_box_esds(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     in.skip(4);
     stream->stream_id = kStreamIdAac;
@@ -139,10 +133,7 @@ HandlerResult parse_box_dmlp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 }
 
 HandlerResult parse_box_dec3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
-    const HandlerResult result = keep_payload(demuxer, file, node);
-    if (result != kHandled) {
-        return result;
-    }
+    static_cast<void>(keep_payload(demuxer, file, node));
     Mp4Stream& stream = *demuxer.current;
     stream.box_flags |= kBoxDec3;
     if (stream.ec3_config == nullptr) {
@@ -155,9 +146,6 @@ HandlerResult parse_box_dec3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_dac4(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     const std::vector<std::uint8_t> payload = PayloadReader(file, node.size).rest(kMaxConfigSize);
     stream->box_flags |= kBoxDac4;
     if (stream->ac4_config == nullptr) {

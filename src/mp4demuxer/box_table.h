@@ -10,7 +10,8 @@ namespace mediasplit {
 struct BoxRow {
     std::uint32_t type = 0;
     BoxHandler handler = nullptr;
-    bool in_tree = false;  // the box becomes an element of the optional tree
+    bool in_tree = false;      // the box becomes an element of the optional tree
+    bool needs_track = false;  // without a current track the box is passed over quietly
 };
 
 std::span<const BoxRow> box_table();

@@ -23,7 +23,11 @@ struct BoxHeader {
     std::int64_t size = 0;       // less the extension
     std::int64_t extension = 0;  // 8 for a size-extended box
     [[nodiscard]] std::int64_t payload() const { return size - kHeaderSize; }
-    [[nodiscard]] std::int64_t told_size() const { return size + extension; }
+    // Unsigned, since sizes of 2^63 and the like must wrap and not overflow.
+    [[nodiscard]] std::int64_t told_size() const {
+        return static_cast<std::int64_t>(static_cast<std::uint64_t>(size) +
+                                         static_cast<std::uint64_t>(extension));
+    }
 };
 
 enum class Next { kSibling, kParentEnds };
@@ -100,6 +104,9 @@ Ezxml* add_to_tree(Ezxml* tree, const BoxNode& node, int index) {
 HandlerResult dispatch(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree,
                        int index) {
     const BoxRow* row = node.depth > kMaxBoxDepth ? nullptr : find_box_row(node.type);
+    if (row != nullptr && row->needs_track && demuxer.current == nullptr) {
+        return kRefused;
+    }
     if (row != nullptr) {
         return row->handler(demuxer, file, node,
                             row->in_tree ? add_to_tree(tree, node, index) : tree);
@@ -184,7 +191,6 @@ private:
         }
         header.extension = kHeaderSize;
         left_ -= kHeaderSize;
-        // Unsigned, since a size of 2^63 and the like must wrap and not overflow.
         const std::uint64_t size = f_src_read_u64(*file_);
         header.size = static_cast<std::int64_t>(size - kHeaderSize);
         return true;

@@ -221,9 +221,6 @@ HandlerResult parse_box_tfhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_tfdt(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     if (stream->baseMediaDecodeTime == ~std::uint64_t{0}) {
         PayloadReader in(file, node.size);
         const std::uint8_t version = in.u8();
@@ -235,9 +232,6 @@ HandlerResult parse_box_tfdt(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_trun(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kHandled;
-    }
     stream->marks |= kMarkTrun;
     PayloadReader in(file, node.size);
     Run run;

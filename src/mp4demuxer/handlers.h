@@ -1,7 +1,7 @@
 // The handlers of the box table. All have one form: they are entered with the read position at the
 // payload and may read as much or as little of it as they like, since the walker puts the position
-// right behind them. A refusal is silent, and the walk goes on. A handler that needs a track does
-// nothing when no track is current.
+// right behind them. A refusal is silent, and the walk goes on. The table tells which handlers may
+// rely on a current track.
 #pragma once
 
 #include <cstdint>

@@ -62,9 +62,6 @@ std::uint32_t stream_type_of(std::uint32_t handler) {
 }
 
 HandlerResult set_mark(Mp4Demuxer& demuxer, std::uint32_t mark) {
-    if (demuxer.current == nullptr) {
-        return kRefused;
-    }
     demuxer.current->marks |= mark;
     return kHandled;
 }
@@ -83,7 +80,7 @@ HandlerResult parse_box_mvhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 HandlerResult parse_box_tkhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     PayloadReader in(file, node.size);
     const std::uint8_t version = in.u8();
-    if (demuxer.current == nullptr || version > 1) {
+    if (version > 1) {
         return kRefused;
     }
     in.skip(3);
@@ -96,7 +93,7 @@ HandlerResult parse_box_mdhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     Mp4Stream* stream = demuxer.current;
     PayloadReader in(file, node.size);
     const std::uint8_t version = in.u8();
-    if (stream == nullptr || version > 1) {
+    if (version > 1) {
         return kRefused;
     }
     in.skip(3);
@@ -120,7 +117,7 @@ HandlerResult parse_box_elst(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     const std::uint8_t version = in.u8();
     in.skip(3);
     const std::uint32_t count = in.u32();
-    if (stream == nullptr || version > 1 || count == 0 || count > 2) {
+    if (version > 1 || count == 0 || count > 2) {
         return kRefused;
     }
     const Edit first = read_edit(in, version);
@@ -149,9 +146,6 @@ HandlerResult parse_box_smhd(Mp4Demuxer& demuxer, InputFile& /*file*/, BoxNode& 
 }
 
 HandlerResult parse_box_hdlr(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
-    if (demuxer.current == nullptr) {
-        return kHandled;
-    }
     PayloadReader in(file, node.size);
     in.skip(8);
     demuxer.current->stream_type = stream_type_of(in.u32());
@@ -184,9 +178,6 @@ HandlerResult parse_box_sidx(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 }
 
 HandlerResult parse_box_vdep(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
-    if (demuxer.current == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     demuxer.current->depends_on_track = in.u32();
     demuxer.current->marks |= kMarkVdep;

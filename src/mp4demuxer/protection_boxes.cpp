@@ -51,9 +51,6 @@ HandlerResult parse_box_sinf(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_frma(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     const SampleEntryKind* kind = find_sample_entry(in.u32());
     if (kind == nullptr) {
@@ -74,9 +71,6 @@ HandlerResult parse_box_frma(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_schm(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     in.skip(4);
     for (char& letter : stream->scheme_type) {
@@ -88,9 +82,6 @@ HandlerResult parse_box_schm(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_tenc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     const std::uint8_t version = in.u8();
     in.skip(3 + 1);
@@ -130,9 +121,6 @@ HandlerResult parse_box_pssh(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_sgpd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     in.skip(4);
     stream->sgpd_grouping_type = in.u32();
@@ -150,9 +138,6 @@ HandlerResult parse_box_sgpd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_senc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     const bool has_subsamples = (in.u32() & kHasSubsamples) != 0;
     const std::uint32_t count = in.u32();

@@ -126,7 +126,7 @@ void read_audio_version_2(PayloadReader& in, Mp4Stream& stream) {
 HandlerResult parse_video_entry(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     Mp4Stream* stream = demuxer.current;
     const SampleEntryKind* kind = find_sample_entry(node.type);
-    if (stream != nullptr && kind != nullptr) {
+    if (kind != nullptr) {
         stream->stream_id = kind->stream_id;
         stream->box_flags |= kind->box_flag;
         if (kind->is_prisma) {
@@ -139,7 +139,7 @@ HandlerResult parse_video_entry(Mp4Demuxer& demuxer, InputFile& file, BoxNode& n
 
 // Sets the codec and reads it as an audio entry. One too short for an audio entry is passed over.
 Mp4Stream* begin_audio_entry(Mp4Demuxer& demuxer, const BoxNode& node, std::uint32_t stream_id) {
-    if (demuxer.current == nullptr || node.size < kAudioEntrySize) {
+    if (node.size < kAudioEntrySize) {
         return nullptr;
     }
     demuxer.current->stream_id = stream_id;
@@ -176,7 +176,7 @@ HandlerResult parse_box_stsd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_audio(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr || node.size < kAudioEntrySize) {
+    if (node.size < kAudioEntrySize) {
         return kHandled;
     }
     PayloadReader in(file, node.size);
@@ -239,15 +239,11 @@ HandlerResult parse_box_wave(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 }
 
 HandlerResult parse_box_video(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
-    if (demuxer.current != nullptr) {
-        PayloadReader in(file, node.size);
-        in.skip(6 + 2 + 4 + 12);
-        demuxer.current->width = in.u16();
-        demuxer.current->height = in.u16();
-        in.skip(14 + 32 + 2 + 2);
-    } else {
-        static_cast<void>(SeekBytes(kVideoEntrySize, file));
-    }
+    PayloadReader in(file, node.size);
+    in.skip(6 + 2 + 4 + 12);
+    demuxer.current->width = in.u16();
+    demuxer.current->height = in.u16();
+    in.skip(14 + 32 + 2 + 2);
     node.size -= kVideoEntrySize;
     return parse_box(demuxer, file, node, tree);
 }
@@ -310,9 +306,6 @@ HandlerResult parse_box_pav1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_tx3g(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     constexpr std::uint64_t kKept = 38;
-    if (demuxer.current == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     demuxer.current->stream_id = kStreamIdTx3g;
     demuxer.current->dsi = in.rest(kKept);
@@ -323,9 +316,6 @@ HandlerResult parse_box_tx3g(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 HandlerResult parse_box_metx(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     constexpr std::string_view kSchema =
         "http://" MEDIASPLIT_TAG_AUTHORITY "/ns/mobile Orvel-Mobile-1.0.xsd";
-    if (demuxer.current == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     in.skip(7);
     const std::vector<std::uint8_t> bytes = in.rest(kMaxConfigSize);

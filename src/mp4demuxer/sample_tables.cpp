@@ -61,9 +61,6 @@ void reset_sample_tables(Mp4Stream& stream) {
 
 HandlerResult parse_box_stts(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     stream->cursors = {};
     const HandlerResult result =
         read_counted_table(file, node, kSttsRow, stream->stts, stream->stts_count);
@@ -73,18 +70,12 @@ HandlerResult parse_box_stts(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_ctts(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     stream->cursors = {};
     return read_counted_table(file, node, kCttsRow, stream->ctts, stream->ctts_count);
 }
 
 HandlerResult parse_box_stss(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     stream->cursors = {};
     stream->marks |= kMarkStss;
     return read_counted_table(file, node, kStssRow, stream->stss, stream->stss_count);
@@ -92,9 +83,6 @@ HandlerResult parse_box_stss(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_stsc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     stream->cursors = {};
     stream->stsc_count = 0;
     PayloadReader in(file, node.size);
@@ -108,9 +96,6 @@ HandlerResult parse_box_stsc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_stco(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     stream->cursors = {};
     stream->num_chunks = 0;
     stream->stco_is_64bit = node.type == fourcc("co64") ? 1 : 0;
@@ -125,9 +110,6 @@ HandlerResult parse_box_stco(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_stsz(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     stream->cursors = {};
     PayloadReader in(file, node.size);
     in.skip(4);

@@ -264,9 +264,6 @@ std::uint32_t prsm_config_flag(std::uint32_t type) {
 }
 
 HandlerResult set_flag(Mp4Demuxer& demuxer, std::uint32_t flag) {
-    if (demuxer.current == nullptr) {
-        return kRefused;
-    }
     demuxer.current->box_flags |= flag;
     return kHandled;
 }
@@ -275,9 +272,6 @@ HandlerResult set_flag(Mp4Demuxer& demuxer, std::uint32_t flag) {
 
 HandlerResult parse_box_avcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     keep_dsi(*stream, read_payload(file, node));
     stream->box_flags |= kBoxAvcC;
     stream->avc_config = std::make_unique<AvcConfig>();
@@ -301,9 +295,6 @@ HandlerResult parse_box_hvcE(Mp4Demuxer& demuxer, InputFile& /*file*/, BoxNode& 
 
 HandlerResult parse_box_hvcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     keep_dsi(*stream, read_payload(file, node));
     stream->box_flags |= kBoxHvcC;
     stream->hevc_config = std::make_unique<HevcConfig>();
@@ -315,9 +306,6 @@ HandlerResult parse_box_hvcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_lhvC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     const std::vector<std::uint8_t> payload = read_payload(file, node);
     stream->box_flags |= kBoxLhvC;
     stream->lhevc_config = std::make_unique<HevcConfig>();
@@ -329,9 +317,6 @@ HandlerResult parse_box_lhvC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_av1C(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     keep_dsi(*stream, read_payload(file, node));
     stream->box_flags |= kBoxAv1C;
     stream->av1_config = std::make_unique<Av1Config>();
@@ -364,9 +349,6 @@ HandlerResult parse_box_av1C(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 HandlerResult parse_box_prsm_config(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node,
                                     Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     stream->box_flags |= kBoxPrisma | prsm_config_flag(node.type);
     stream->px_config = std::make_unique<PxConfig>();
@@ -388,18 +370,12 @@ HandlerResult parse_box_prsm_config(Mp4Demuxer& demuxer, InputFile& file, BoxNod
 }
 
 HandlerResult parse_box_d263(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
-    if (demuxer.current == nullptr) {
-        return kRefused;
-    }
     keep_dsi(*demuxer.current, read_payload(file, node));
     return kHandled;
 }
 
 HandlerResult parse_box_mdcv(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     stream->display_primaries_gx = in.u16();
     stream->display_primaries_gy = in.u16();
@@ -415,9 +391,6 @@ HandlerResult parse_box_mdcv(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 }
 
 HandlerResult parse_box_clli(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
-    if (demuxer.current == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     demuxer.current->max_content_light_level = in.u16();
     demuxer.current->max_pic_average_light_level = in.u16();
@@ -426,9 +399,6 @@ HandlerResult parse_box_clli(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_colr(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    if (stream == nullptr) {
-        return kRefused;
-    }
     PayloadReader in(file, node.size);
     stream->marks |= kMarkColr;
     stream->colour_type = in.u32();

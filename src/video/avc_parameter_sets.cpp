@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "src/video/bit_cursor.h"
+#include "src/video/nal_parsing.h"
 #include "src/video/vui_elements.h"
 
 namespace mediasplit {
@@ -132,6 +133,35 @@ void read_bitstream_restriction(AvcVui& vui, BitCursor& bits) {
     vui.max_dec_frame_buffering = bits.ue();
 }
 
+Status read_sps(AvcSps& sps, BitCursor& bits) {
+    parse_avc_nal_header(&sps.header, bits.data(), bits.position());
+    sps.profile_idc = bits.u8(8);
+    sps.constraint_flags = bits.u8(8);
+    sps.level_idc = bits.u8(8);
+    sps.seq_parameter_set_id = bits.ue();
+    sps.chroma_format_idc = 1;
+    if (std::find(kHighProfiles.begin(), kHighProfiles.end(), sps.profile_idc) !=
+        kHighProfiles.end()) {
+        read_high_profile_elements(sps, bits);
+    }
+    sps.log2_max_frame_num_minus4 = bits.ue();
+    sps.max_frame_num = power_of_two(std::uint64_t{sps.log2_max_frame_num_minus4} + 4);
+    read_pic_order_cnt(sps, bits);
+    sps.max_num_ref_frames = bits.ue();
+    sps.gaps_in_frame_num_value_allowed_flag = bits.flag();
+    read_picture_format(sps, bits);
+    sps.vui_parameters_present_flag = bits.flag();
+    if (sps.vui_parameters_present_flag == 0) {
+        return Status::kOk;
+    }
+    const Status status = parse_avc_vui_parameters(&sps.vui, bits.data(), bits.position());
+    if (sps.vui.num_units_in_tick != 0) {
+        sps.frame_rate = static_cast<float>(sps.vui.time_scale) /
+                         static_cast<float>(sps.vui.num_units_in_tick) * 0.5F;
+    }
+    return status;
+}
+
 }  // namespace
 
 Status parse_avc_scaling_list(AvcScalingList* list, ByteSpan data, std::uint32_t& position,
@@ -197,42 +227,7 @@ Status parse_avc_vui_parameters(AvcVui* vui, ByteSpan data, std::uint32_t& posit
 }
 
 Status parse_avc_sps_nal(const NalBuffer* nal, AvcSps* sps, [[maybe_unused]] Loglist* loglist) {
-    if (nal == nullptr || nal->data == nullptr || sps == nullptr) {
-        return Status::kFailed;
-    }
-    if (nal->size == 0) {
-        return Status::kOk;
-    }
-    *sps = AvcSps{};
-    const UnescapedNal unit(*nal);
-    std::uint32_t position = 0;
-    BitCursor bits(unit.bytes(), position);
-    parse_avc_nal_header(&sps->header, unit.bytes(), position);
-    sps->profile_idc = bits.u8(8);
-    sps->constraint_flags = bits.u8(8);
-    sps->level_idc = bits.u8(8);
-    sps->seq_parameter_set_id = bits.ue();
-    sps->chroma_format_idc = 1;
-    if (std::find(kHighProfiles.begin(), kHighProfiles.end(), sps->profile_idc) !=
-        kHighProfiles.end()) {
-        read_high_profile_elements(*sps, bits);
-    }
-    sps->log2_max_frame_num_minus4 = bits.ue();
-    sps->max_frame_num = power_of_two(std::uint64_t{sps->log2_max_frame_num_minus4} + 4);
-    read_pic_order_cnt(*sps, bits);
-    sps->max_num_ref_frames = bits.ue();
-    sps->gaps_in_frame_num_value_allowed_flag = bits.flag();
-    read_picture_format(*sps, bits);
-    sps->vui_parameters_present_flag = bits.flag();
-    if (sps->vui_parameters_present_flag == 0) {
-        return Status::kOk;
-    }
-    const Status status = parse_avc_vui_parameters(&sps->vui, unit.bytes(), position);
-    if (sps->vui.num_units_in_tick != 0) {
-        sps->frame_rate = static_cast<float>(sps->vui.time_scale) /
-                          static_cast<float>(sps->vui.num_units_in_tick) * 0.5F;
-    }
-    return status;
+    return parse_nal(nal, sps, read_sps);
 }
 
 }  // namespace mediasplit

@@ -196,7 +196,8 @@ struct HevcVui {
     std::uint32_t log2_max_mv_length_vertical = 0;
 };
 
-/// seq_parameter_set_rbsp(), ITU-T H.265 7.3.2.2.
+/// seq_parameter_set_rbsp(), ITU-T H.265 7.3.2.2, in the standard's order.
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding)
 struct HevcSps {
     HevcNalHeader header;
     std::uint8_t sps_video_parameter_set_id = 0;

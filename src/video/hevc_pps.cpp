@@ -1,6 +1,7 @@
 // Picture parameter sets of ITU-T H.265 7.3.2.3.
 #include "src/video/bit_cursor.h"
 #include "src/video/hevc_parameter_sets.h"
+#include "src/video/nal_parsing.h"
 
 namespace mediasplit {
 namespace {
@@ -82,35 +83,29 @@ void read_extension_flags(HevcPps& pps, BitCursor& bits) {
     }
 }
 
+Status read_pps(HevcPps& pps, BitCursor& bits) {
+    Status status = parse_hevc_nal_header(&pps.header, bits.data(), bits.position());
+    pps.pps_pic_parameter_set_id = bits.ue();
+    pps.pps_seq_parameter_set_id = bits.ue();
+    read_slice_defaults(pps, bits);
+    read_coding_tools(pps, bits);
+    read_tiles(pps, bits);
+    read_deblocking(pps, bits);
+    pps.pps_scaling_list_data_present_flag = bits.flag();
+    if (pps.pps_scaling_list_data_present_flag != 0) {
+        status |= parse_hevc_scaling_list(&pps.scaling_list, bits.data(), bits.position());
+    }
+    pps.lists_modification_present_flag = bits.flag();
+    pps.log2_parallel_merge_level_minus2 = bits.ue();
+    pps.slice_segment_header_extension_present_flag = bits.flag();
+    read_extension_flags(pps, bits);
+    return status;
+}
+
 }  // namespace
 
 Status parse_hevc_pps_nal(const NalBuffer* nal, HevcPps* pps, [[maybe_unused]] Loglist* loglist) {
-    if (nal == nullptr || nal->data == nullptr || pps == nullptr) {
-        return Status::kFailed;
-    }
-    if (nal->size == 0) {
-        return Status::kOk;
-    }
-    *pps = HevcPps{};
-    const UnescapedNal unit(*nal);
-    std::uint32_t position = 0;
-    BitCursor bits(unit.bytes(), position);
-    Status status = parse_hevc_nal_header(&pps->header, unit.bytes(), position);
-    pps->pps_pic_parameter_set_id = bits.ue();
-    pps->pps_seq_parameter_set_id = bits.ue();
-    read_slice_defaults(*pps, bits);
-    read_coding_tools(*pps, bits);
-    read_tiles(*pps, bits);
-    read_deblocking(*pps, bits);
-    pps->pps_scaling_list_data_present_flag = bits.flag();
-    if (pps->pps_scaling_list_data_present_flag != 0) {
-        status |= parse_hevc_scaling_list(&pps->scaling_list, unit.bytes(), position);
-    }
-    pps->lists_modification_present_flag = bits.flag();
-    pps->log2_parallel_merge_level_minus2 = bits.ue();
-    pps->slice_segment_header_extension_present_flag = bits.flag();
-    read_extension_flags(*pps, bits);
-    return status;
+    return parse_nal(nal, pps, read_pps);
 }
 
 }  // namespace mediasplit

@@ -2,6 +2,7 @@
 #include "src/video/bit_cursor.h"
 #include "src/video/hevc_ordering.h"
 #include "src/video/hevc_parameter_sets.h"
+#include "src/video/nal_parsing.h"
 
 namespace mediasplit {
 namespace {
@@ -126,44 +127,38 @@ void read_extension_flags(HevcSps& sps, BitCursor& bits) {
     }
 }
 
+Status read_sps(HevcSps& sps, BitCursor& bits) {
+    Status status = parse_hevc_nal_header(&sps.header, bits.data(), bits.position());
+    sps.sps_video_parameter_set_id = bits.u8(4);
+    sps.sps_max_sub_layers_minus1 = bits.u8(3);
+    sps.sps_temporal_id_nesting_flag = bits.flag();
+    status |= parse_hevc_profile_tier_level(&sps.profile_tier_level, bits.data(), bits.position(),
+                                            sps.sps_max_sub_layers_minus1);
+    sps.sps_seq_parameter_set_id = bits.ue();
+    read_picture_format(sps, bits);
+    sps.log2_max_pic_order_cnt_lsb_minus4 = bits.ue();
+    sps.sps_sub_layer_ordering_info_present_flag = bits.flag();
+    read_sub_layer_ordering(sps.ordering, bits, sps.sps_sub_layer_ordering_info_present_flag != 0,
+                            sps.sps_max_sub_layers_minus1);
+    status |= read_coding_tools(sps, bits);
+    status |= read_short_term_sets(sps, bits);
+    read_long_term_pics(sps, bits);
+    sps.sps_temporal_mvp_enabled_flag = bits.flag();
+    sps.strong_intra_smoothing_enabled_flag = bits.flag();
+    preset_vui(sps.vui);
+    sps.vui_parameters_present_flag = bits.flag();
+    if (sps.vui_parameters_present_flag != 0) {
+        status |= parse_hevc_vui_parameters(&sps.vui, bits.data(), bits.position(),
+                                            sps.sps_max_sub_layers_minus1);
+    }
+    read_extension_flags(sps, bits);
+    return status;
+}
+
 }  // namespace
 
 Status parse_hevc_sps_nal(const NalBuffer* nal, HevcSps* sps, [[maybe_unused]] Loglist* loglist) {
-    if (nal == nullptr || nal->data == nullptr || sps == nullptr) {
-        return Status::kFailed;
-    }
-    if (nal->size == 0) {
-        return Status::kOk;
-    }
-    *sps = HevcSps{};
-    const UnescapedNal unit(*nal);
-    std::uint32_t position = 0;
-    BitCursor bits(unit.bytes(), position);
-    Status status = parse_hevc_nal_header(&sps->header, unit.bytes(), position);
-    sps->sps_video_parameter_set_id = bits.u8(4);
-    sps->sps_max_sub_layers_minus1 = bits.u8(3);
-    sps->sps_temporal_id_nesting_flag = bits.flag();
-    status |= parse_hevc_profile_tier_level(&sps->profile_tier_level, unit.bytes(), position,
-                                            sps->sps_max_sub_layers_minus1);
-    sps->sps_seq_parameter_set_id = bits.ue();
-    read_picture_format(*sps, bits);
-    sps->log2_max_pic_order_cnt_lsb_minus4 = bits.ue();
-    sps->sps_sub_layer_ordering_info_present_flag = bits.flag();
-    read_sub_layer_ordering(sps->ordering, bits, sps->sps_sub_layer_ordering_info_present_flag != 0,
-                            sps->sps_max_sub_layers_minus1);
-    status |= read_coding_tools(*sps, bits);
-    status |= read_short_term_sets(*sps, bits);
-    read_long_term_pics(*sps, bits);
-    sps->sps_temporal_mvp_enabled_flag = bits.flag();
-    sps->strong_intra_smoothing_enabled_flag = bits.flag();
-    preset_vui(sps->vui);
-    sps->vui_parameters_present_flag = bits.flag();
-    if (sps->vui_parameters_present_flag != 0) {
-        status |= parse_hevc_vui_parameters(&sps->vui, unit.bytes(), position,
-                                            sps->sps_max_sub_layers_minus1);
-    }
-    read_extension_flags(*sps, bits);
-    return status;
+    return parse_nal(nal, sps, read_sps);
 }
 
 }  // namespace mediasplit

@@ -4,6 +4,7 @@
 #include "src/video/bit_cursor.h"
 #include "src/video/hevc_ordering.h"
 #include "src/video/hevc_parameter_sets.h"
+#include "src/video/nal_parsing.h"
 
 namespace mediasplit {
 namespace {
@@ -41,38 +42,32 @@ Status read_timing(HevcVps& vps, BitCursor& bits) {
     return read_hrds(vps, bits);
 }
 
+Status read_vps(HevcVps& vps, BitCursor& bits) {
+    Status status = parse_hevc_nal_header(&vps.header, bits.data(), bits.position());
+    vps.vps_video_parameter_set_id = bits.u8(4);
+    vps.vps_base_layer_internal_flag = bits.flag();
+    vps.vps_base_layer_available_flag = bits.flag();
+    vps.vps_max_layers_minus1 = bits.u8(6);
+    vps.vps_max_sub_layers_minus1 = bits.u8(3);
+    vps.vps_temporal_id_nesting_flag = bits.flag();
+    vps.vps_reserved_0xffff_16bits = bits.u16(16);
+    status |= parse_hevc_profile_tier_level(&vps.profile_tier_level, bits.data(), bits.position(),
+                                            vps.vps_max_sub_layers_minus1);
+    vps.vps_sub_layer_ordering_info_present_flag = bits.flag();
+    read_sub_layer_ordering(vps.ordering, bits, vps.vps_sub_layer_ordering_info_present_flag != 0,
+                            vps.vps_max_sub_layers_minus1);
+    vps.vps_max_layer_id = bits.u8(6);
+    vps.vps_num_layer_sets_minus1 = bits.ue();
+    // layer_id_included_flag
+    bits.skip(std::uint64_t{vps.vps_num_layer_sets_minus1} * (vps.vps_max_layer_id + 1U));
+    status |= read_timing(vps, bits);
+    return status;
+}
+
 }  // namespace
 
 Status parse_hevc_vps_nal(const NalBuffer* nal, HevcVps* vps, [[maybe_unused]] Loglist* loglist) {
-    if (nal == nullptr || nal->data == nullptr || vps == nullptr) {
-        return Status::kFailed;
-    }
-    if (nal->size == 0) {
-        return Status::kOk;
-    }
-    *vps = HevcVps{};
-    const UnescapedNal unit(*nal);
-    std::uint32_t position = 0;
-    BitCursor bits(unit.bytes(), position);
-    Status status = parse_hevc_nal_header(&vps->header, unit.bytes(), position);
-    vps->vps_video_parameter_set_id = bits.u8(4);
-    vps->vps_base_layer_internal_flag = bits.flag();
-    vps->vps_base_layer_available_flag = bits.flag();
-    vps->vps_max_layers_minus1 = bits.u8(6);
-    vps->vps_max_sub_layers_minus1 = bits.u8(3);
-    vps->vps_temporal_id_nesting_flag = bits.flag();
-    vps->vps_reserved_0xffff_16bits = bits.u16(16);
-    status |= parse_hevc_profile_tier_level(&vps->profile_tier_level, unit.bytes(), position,
-                                            vps->vps_max_sub_layers_minus1);
-    vps->vps_sub_layer_ordering_info_present_flag = bits.flag();
-    read_sub_layer_ordering(vps->ordering, bits, vps->vps_sub_layer_ordering_info_present_flag != 0,
-                            vps->vps_max_sub_layers_minus1);
-    vps->vps_max_layer_id = bits.u8(6);
-    vps->vps_num_layer_sets_minus1 = bits.ue();
-    // layer_id_included_flag
-    bits.skip(std::uint64_t{vps->vps_num_layer_sets_minus1} * (vps->vps_max_layer_id + 1U));
-    status |= read_timing(*vps, bits);
-    return status;
+    return parse_nal(nal, vps, read_vps);
 }
 
 }  // namespace mediasplit

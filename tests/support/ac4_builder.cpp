@@ -210,7 +210,7 @@ Ac4Bytes plain_presentation_substream(std::uint32_t dialnorm) {
     PresentationText text;
     text.dialnorm = dialnorm;
     text.tail.put(0, 16);
-    return write_presentation(text);
+    return write_presentation(text).to_bytes();
 }
 
 }  // namespace
@@ -327,9 +327,9 @@ Ac4Bytes write_ac4_frame(const BuildFrame& frame) {
     return bytes;
 }
 
-Ac4Bytes write_syncframe(const Ac4Bytes& frame, bool with_crc) {
+Ac4Bytes write_syncframe(const Ac4Bytes& frame, bool with_crc, bool long_size) {
     Ac4Bytes body;
-    if (frame.size() >= 0xFFFF) {
+    if (long_size || frame.size() >= 0xFFFF) {
         body = {0xFF, 0xFF, static_cast<std::uint8_t>(frame.size() >> 16)};
     }
     body.push_back(static_cast<std::uint8_t>(frame.size() >> 8));

@@ -127,8 +127,8 @@ MetadataBits write_toc_head(const BuildFrame& frame);
 MetadataBits write_toc(const BuildFrame& frame);
 // raw_ac4_frame.
 Ac4Bytes write_ac4_frame(const BuildFrame& frame);
-// ac4_syncframe around a raw frame.
-Ac4Bytes write_syncframe(const Ac4Bytes& frame, bool with_crc = false);
+// ac4_syncframe around a raw frame, with the 24-bit size if asked for or needed.
+Ac4Bytes write_syncframe(const Ac4Bytes& frame, bool with_crc = false, bool long_size = false);
 
 // Frames that several tests and benchmarks start from.
 // One stereo presentation of `audio_bytes` with its presentation substream.

@@ -7,10 +7,12 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/support/ac4_builder.h"
+
 namespace mediasplit {
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
+using Bytes = Ac4Bytes;
 
 // Head of a payload: bitstream_version 2, sequence_counter 1, no wait_frames, then fs_index and
 // frame_rate_index: 10 0000000001 0 f rrrr ...
@@ -21,37 +23,6 @@ Bytes payload_with(unsigned fs_index, unsigned frame_rate_index, std::size_t siz
         payload[i] = static_cast<std::uint8_t>(head >> (16 - 8 * i));
     }
     return payload;
-}
-
-// CRC-16 with generator 0x8005 the textbook way, bit by bit.
-unsigned textbook_crc(const Bytes& data) {
-    unsigned crc = 0;
-    for (const std::uint8_t byte : data) {
-        crc ^= static_cast<unsigned>(byte) << 8;
-        for (int i = 0; i < 8; ++i) {
-            crc = (crc & 0x8000U) != 0 ? ((crc << 1) ^ 0x8005U) & 0xFFFFU : (crc << 1) & 0xFFFFU;
-        }
-    }
-    return crc;
-}
-
-Bytes syncframe(const Bytes& payload, bool with_crc = false, bool long_size = false) {
-    Bytes frame;
-    const std::size_t size = payload.size();
-    if (long_size) {
-        frame = {0xFF, 0xFF, static_cast<std::uint8_t>(size >> 16)};
-    }
-    frame.push_back(static_cast<std::uint8_t>(size >> 8));
-    frame.push_back(static_cast<std::uint8_t>(size));
-    frame.insert(frame.end(), payload.begin(), payload.end());
-    if (with_crc) {
-        const unsigned crc = textbook_crc(frame);
-        frame.push_back(static_cast<std::uint8_t>(crc >> 8));
-        frame.push_back(static_cast<std::uint8_t>(crc));
-    }
-    const Bytes sync = {0xAC, static_cast<std::uint8_t>(with_crc ? 0x41 : 0x40)};
-    frame.insert(frame.begin(), sync.begin(), sync.end());
-    return frame;
 }
 
 Bytes operator+(Bytes a, const Bytes& b) {
@@ -165,7 +136,7 @@ TEST_F(FramerTest, SizeFieldHasAShortAndALongForm) {
 TEST_F(FramerTest, DeliversThePayloadAndItsTime) {
     const Bytes payload = payload_with(1, 13, 20);
     AC4_ANALYZE_ac4framer_set_timestamp(framer_, 90000, 1000);
-    const Bytes frame = syncframe(payload);
+    const Bytes frame = write_syncframe(payload);
     ASSERT_EQ(get(frame + frame), 0);
     EXPECT_EQ(Bytes(frame_.data, frame_.data + frame_.size), payload);
     EXPECT_EQ(frame_.sync_type, kFramerSyncPlain);
@@ -182,7 +153,7 @@ TEST_F(FramerTest, DeliversThePayloadAndItsTime) {
 
 TEST_F(FramerTest, KeepSyncDeliversTheWholeFrame) {
     AC4_ANALYZE_ac4framer_configure(framer_, {0x10000, 1});
-    const Bytes frame = syncframe(payload_with(1, 2, 9), true, true);
+    const Bytes frame = write_syncframe(payload_with(1, 2, 9), true, true);
     ASSERT_EQ(get(Bytes{5, 6} + frame), 0);
     EXPECT_EQ(Bytes(frame_.data, frame_.data + frame_.size), frame);
     EXPECT_EQ(frame_.sync_type, kFramerSyncCrc);
@@ -193,7 +164,7 @@ TEST_F(FramerTest, KeepSyncDeliversTheWholeFrame) {
 
 TEST_F(FramerTest, FrameOfSizeFF00TakesTheShortHeader) {
     AC4_ANALYZE_ac4framer_configure(framer_, {0x20000, 0});
-    const Bytes frame = syncframe(payload_with(1, 13, 0xFF00));
+    const Bytes frame = write_syncframe(payload_with(1, 13, 0xFF00));
     EXPECT_EQ(frame[2], 0xFF);
     EXPECT_EQ(frame[3], 0x00);
     ASSERT_EQ(get(frame), 0);
@@ -202,7 +173,7 @@ TEST_F(FramerTest, FrameOfSizeFF00TakesTheShortHeader) {
 }
 
 TEST_F(FramerTest, EveryCutOfAFrameNeedsMoreDataAndConsumesNothing) {
-    const Bytes frame = syncframe(payload_with(1, 13, 12), true, true);
+    const Bytes frame = write_syncframe(payload_with(1, 13, 12), true, true);
     for (std::size_t cut = 1; cut < frame.size(); ++cut) {
         EXPECT_EQ(get(Bytes(frame.begin(), frame.begin() + static_cast<std::ptrdiff_t>(cut))), 1);
         EXPECT_EQ(consumed_, 0U) << cut;
@@ -211,8 +182,8 @@ TEST_F(FramerTest, EveryCutOfAFrameNeedsMoreDataAndConsumesNothing) {
 }
 
 TEST_F(FramerTest, FrameWithBadCrcIsDeliveredDamagedAndConsumesTwoBytes) {
-    const Bytes inner = syncframe(payload_with(1, 13, 4));
-    Bytes frame = syncframe(payload_with(1, 13, 5) + inner, true);
+    const Bytes inner = write_syncframe(payload_with(1, 13, 4));
+    Bytes frame = write_syncframe(payload_with(1, 13, 5) + inner, true);
     frame.back() ^= 1;
     ASSERT_EQ(get(frame), 0);
     EXPECT_EQ(frame_.damaged, 1);
@@ -229,21 +200,21 @@ TEST_F(FramerTest, FrameWithBadCrcIsDeliveredDamagedAndConsumesTwoBytes) {
 }
 
 TEST_F(FramerTest, ReservedFrameRateOrCutHeadDamagesTheFrameAndStopsTheClock) {
-    ASSERT_EQ(get(syncframe(payload_with(1, 13, 8))), 0);
-    ASSERT_EQ(get(syncframe(payload_with(1, 14, 8))), 0);
+    ASSERT_EQ(get(write_syncframe(payload_with(1, 13, 8))), 0);
+    ASSERT_EQ(get(write_syncframe(payload_with(1, 14, 8))), 0);
     EXPECT_EQ(frame_.damaged, 1);
     EXPECT_EQ(consumed_, 2U);
     EXPECT_EQ(frame_.timestamp, 0U);
     EXPECT_EQ(framer_->timing.frame_rate_index, 13);
-    ASSERT_EQ(get(syncframe(payload_with(1, 13, 2))), 0);
+    ASSERT_EQ(get(write_syncframe(payload_with(1, 13, 2))), 0);
     EXPECT_EQ(frame_.damaged, 1);
-    ASSERT_EQ(get(syncframe(payload_with(1, 13, 8))), 0);
+    ASSERT_EQ(get(write_syncframe(payload_with(1, 13, 8))), 0);
     EXPECT_EQ(frame_.damaged, 0);
     EXPECT_EQ(frame_.timestamp, 3840U);
 }
 
 TEST_F(FramerTest, WhateverStandsBehindAFrameMustBeASyncWord) {
-    const Bytes frame = syncframe(payload_with(1, 13, 8));
+    const Bytes frame = write_syncframe(payload_with(1, 13, 8));
     struct Case {
         Bytes behind;
         std::int32_t discontinuity;
@@ -261,9 +232,9 @@ TEST_F(FramerTest, WhateverStandsBehindAFrameMustBeASyncWord) {
 
 TEST_F(FramerTest, OversizedFrameIsRefusedAndTheScanGoesOnInsideIt) {
     AC4_ANALYZE_ac4framer_configure(framer_, {32, 0});
-    const Bytes inner = syncframe(payload_with(1, 13, 8));
-    const Bytes outer = syncframe(payload_with(1, 13, 40) + inner);
-    ASSERT_EQ(get(syncframe(payload_with(1, 13, 8))), 0);
+    const Bytes inner = write_syncframe(payload_with(1, 13, 8));
+    const Bytes outer = write_syncframe(payload_with(1, 13, 40) + inner);
+    ASSERT_EQ(get(write_syncframe(payload_with(1, 13, 8))), 0);
     ASSERT_EQ(get(outer), 0);
     EXPECT_EQ(frame_.size, 8U);
     EXPECT_EQ(frame_.discontinuity, 1);
@@ -274,7 +245,7 @@ TEST_F(FramerTest, OversizedFrameIsRefusedAndTheScanGoesOnInsideIt) {
 
 TEST_F(FramerTest, ClockKeepsTheFractionOfATick) {
     // 30000/1001 frames per second at 90 kHz: 3003 ticks; at 1 kHz: 33.3666...
-    const Bytes frame = syncframe(payload_with(1, 3, 8));
+    const Bytes frame = write_syncframe(payload_with(1, 3, 8));
     AC4_ANALYZE_ac4framer_set_timestamp(framer_, 1000, 0);
     std::uint64_t last = 0;
     for (int i = 0; i < 3001; ++i) {
@@ -286,12 +257,12 @@ TEST_F(FramerTest, ClockKeepsTheFractionOfATick) {
 }
 
 TEST_F(FramerTest, ChangedFrameRateOrTimescaleChangesTheDuration) {
-    ASSERT_EQ(get(syncframe(payload_with(1, 2, 8))), 0);
+    ASSERT_EQ(get(write_syncframe(payload_with(1, 2, 8))), 0);
     EXPECT_EQ(frame_.duration, 3600U);
-    ASSERT_EQ(get(syncframe(payload_with(0, 13, 8))), 0);
+    ASSERT_EQ(get(write_syncframe(payload_with(0, 13, 8))), 0);
     EXPECT_EQ(frame_.duration, 4180U);  // 10240 * 90000 / 220500 = 4179.59
     AC4_ANALYZE_ac4framer_set_timestamp(framer_, 44100, 0);
-    ASSERT_EQ(get(syncframe(payload_with(0, 13, 8))), 0);
+    ASSERT_EQ(get(write_syncframe(payload_with(0, 13, 8))), 0);
     EXPECT_EQ(frame_.duration, 2048U);
 }
 

@@ -1,11 +1,7 @@
 #include "tests/unit/fmp4demuxer/demux_run.h"
 
-#include <stdlib.h>
-
 #include <algorithm>
 #include <array>
-#include <fstream>
-#include <iterator>
 
 #include "src/commonfileio/input_file.h"
 #include "tests/support/mp4_input.h"
@@ -14,26 +10,9 @@ namespace fs = std::filesystem;
 
 namespace mediasplit {
 
-TempFolder::TempFolder() {
-    std::string name = (fs::temp_directory_path() / "fmp4_test_XXXXXX").string();
-    path_ = mkdtemp(name.data());
-}
-
-TempFolder::~TempFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-}
-
-std::vector<std::uint8_t> read_file(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
-
-void write_file(const fs::path& path, const std::vector<std::uint8_t>& bytes) {
-    std::ofstream out(path, std::ios::binary);
-    for (const std::uint8_t byte : bytes) {
-        out.put(static_cast<char>(byte));
-    }
+std::vector<std::uint8_t> file_bytes(const std::string& path) {
+    const std::string text = read_file(path);
+    return {text.begin(), text.end()};
 }
 
 std::unique_ptr<Loglist> run_loglist() {
@@ -52,7 +31,7 @@ std::unique_ptr<Loglist> run_loglist() {
 void DemuxRun::make() {
     if (demuxer_ == nullptr) {
         demuxer_ = fmp4demux_create(
-            writes ? std::optional<std::string>(folder.text()) : std::nullopt, base, suffix,
+            writes ? std::optional<std::string>(folder.path()) : std::nullopt, base, suffix,
             manifest, dash, key_text, key_list, &create_status_, loglist.get(), track_filter);
     }
 }
@@ -64,26 +43,15 @@ Status DemuxRun::walk(const mp4::Bytes& bytes, const SegmentSlot* slot) {
     return fmp4demux(&input.file(), slot, demuxer_.get(), &timing_);
 }
 
-Status DemuxRun::walk_file(const fs::path& path) {
-    make();
-    InputFile file;
-    if (OpenFileEx(path.string(), nullptr, 0, file) != Status::kOk) {
-        return Status::kCantOpen;
-    }
-    const Status status = fmp4demux(&file, nullptr, demuxer_.get(), &timing_);
-    return status | CloseFile(file);
-}
-
 Status DemuxRun::finish() {
     return fmp4demux_destroy(std::move(demuxer_));
 }
 
 std::optional<mp4::Bytes> DemuxRun::output(const std::string& name) {
-    const fs::path path = folder.path() / name;
-    if (!fs::exists(path)) {
+    if (!fs::exists(folder.path(name))) {
         return std::nullopt;
     }
-    return read_file(path);
+    return file_bytes(folder.path(name));
 }
 
 std::vector<std::string> DemuxRun::output_names() {
@@ -93,6 +61,18 @@ std::vector<std::string> DemuxRun::output_names() {
     }
     std::sort(names.begin(), names.end());
     return names;
+}
+
+DashContext resolved_dash() {
+    static const int kRecord = 0;
+    const void* record = &kRecord;
+    DashContext context;
+    context.mpd = static_cast<const DashInfo*>(record);
+    context.period = static_cast<const DashPeriodInfo*>(record);
+    context.adaptation_set = static_cast<const DashAdaptationSetInfo*>(record);
+    context.representation = static_cast<const DashRepresentationInfo*>(record);
+    context.representation_id = "v1";
+    return context;
 }
 
 mp4::Bytes length_prefixed(const std::vector<mp4::Bytes>& units, unsigned length_size) {

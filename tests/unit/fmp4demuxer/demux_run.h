@@ -11,26 +11,12 @@
 #include "src/fmp4demuxer/fmp4demux.h"
 #include "tests/support/mp4_builder.h"
 #include "tests/support/recording_sink.h"
+#include "tests/support/temp_folder.h"
 
 namespace mediasplit {
 
-// A folder that goes away with the object.
-class TempFolder {
-public:
-    TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
-    ~TempFolder();
-
-    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-    [[nodiscard]] std::string text() const { return path_.string(); }
-
-private:
-    std::filesystem::path path_;
-};
-
-std::vector<std::uint8_t> read_file(const std::filesystem::path& path);
-void write_file(const std::filesystem::path& path, const std::vector<std::uint8_t>& bytes);
+// The bytes of a file, none if it can't be read.
+std::vector<std::uint8_t> file_bytes(const std::string& path);
 
 // A collector with the checkpoint list of every run.
 std::unique_ptr<Loglist> run_loglist();
@@ -52,8 +38,6 @@ public:
 
     // Walks the bytes as one file or segment; the first call makes the demultiplexer.
     Status walk(const mp4::Bytes& bytes, const SegmentSlot* slot = nullptr);
-    // The same for a file of the system.
-    Status walk_file(const std::filesystem::path& path);
     // Closes the outputs.
     Status finish();
 
@@ -75,6 +59,9 @@ private:
     std::unique_ptr<SegmentTiming> timing_;
     Status create_status_ = Status::kOk;
 };
+
+// A Representation "v1" whose records are there; nobody looks into them.
+DashContext resolved_dash();
 
 // NAL units behind four length bytes.
 mp4::Bytes length_prefixed(const std::vector<mp4::Bytes>& units, unsigned length_size = 4);

@@ -41,18 +41,6 @@ std::unique_ptr<ByteRangeText> range_text(std::optional<std::string> offset,
     return text;
 }
 
-// Records of an MPD that nobody looks into.
-DashContext resolved_dash() {
-    static const int kRecord = 0;
-    const void* record = &kRecord;
-    DashContext context;
-    context.mpd = static_cast<const DashInfo*>(record);
-    context.period = static_cast<const DashPeriodInfo*>(record);
-    context.adaptation_set = static_cast<const DashAdaptationSetInfo*>(record);
-    context.representation = static_cast<const DashRepresentationInfo*>(record);
-    return context;
-}
-
 // --- Creating ---------------------------------------------------------------------------------
 
 TEST(Driver, CreateRefusesPlaylistAndRepresentationAtOnce) {
@@ -664,38 +652,24 @@ TEST(Driver, WithoutALanguageInTheManifestNothingIsCompared) {
     EXPECT_EQ(language_ids("zzz", std::nullopt), std::vector<int>{});
 }
 
-// --- Outputs that fail
-// ------------------------------------------------------------------------
+// --- Outputs that fail ------------------------------------------------------------------------
 
 TEST(Driver, OutputThatCannotBeOpenedFailsTheRunAndTheOthersGoOn) {
     DemuxRun run;
-    std::filesystem::create_directory(run.folder.path() /
-                                      "in_track_id_"
-                                      "1.out.ac3");
+    std::filesystem::create_directory(run.folder.path("in_track_id_1.out.ac3"));
     EXPECT_EQ(run.walk(mp4::plain_file(movie_of({raw_track(1, {{1}}), raw_track(2, {{2}})}))),
               Status::kFailed);
     EXPECT_EQ(run.sink.ids(), std::vector<int>{4082});
-    EXPECT_EQ(run.output("in_track_id_"
-                         "2.out.ac3"),
-              Bytes{2});
+    EXPECT_EQ(run.output("in_track_id_2.out.ac3"), Bytes{2});
 }
 
 TEST(Driver, FullDiskFailsTheRunWithOneLine) {
     for (const std::size_t size : {1U, 300000U}) {
         DemuxRun run;
-        std::filesystem::create_symlink(
-            "/dev/"
-            "full",
-            run.folder.path() /
-                "in_"
-                "track"
-                "_id_"
-                "1."
-                "out."
-                "ac3");
-        EXPECT_EQ(run.walk(mp4::plain_file(movie_of(
-                      {raw_track(1, {filled(1, size), filled(1, size), filled(1, size)})}))),
-                  Status::kFailed);
+        std::filesystem::create_symlink("/dev/full", run.folder.path("in_track_id_1.out.ac3"));
+        const auto movie =
+            movie_of({raw_track(1, {filled(1, size), filled(1, size), filled(1, size)})});
+        EXPECT_EQ(run.walk(mp4::plain_file(movie)), Status::kFailed);
         EXPECT_EQ(run.sink.ids(), std::vector<int>{4085});
     }
 }

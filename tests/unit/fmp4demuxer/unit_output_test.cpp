@@ -67,11 +67,11 @@ TEST(UnitOutput, AllParameterSetsOfAConfigurationAreWritten) {
         config.pps.push_back({0x68, byte});
     }
     TempFolder folder;
-    const auto path = folder.path() / "out";
-    const auto file = fileOpen_lstr(path.string(), "wb");
+    const auto path = folder.path("out");
+    const auto file = fileOpen_lstr(path, "wb");
     EXPECT_EQ(h264_write_sps_pps_nal(config, file.get(), nullptr), Status::kOk);
     EXPECT_TRUE(file->close());
-    EXPECT_EQ(read_file(path), start_coded({{0x67, 1}, {0x67, 2}, {0x68, 1}, {0x68, 2}}));
+    EXPECT_EQ(file_bytes(path), start_coded({{0x67, 1}, {0x67, 2}, {0x68, 1}, {0x68, 2}}));
 }
 
 Bytes measured(const Bytes& unit, std::size_t from) {

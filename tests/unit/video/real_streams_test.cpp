@@ -170,6 +170,31 @@ void add_avc_hrd(Fields& f, const AvcHrd& hrd) {
     f["time_offset_length"] = hrd.time_offset_length;
 }
 
+// What the two standards name alike.
+template <typename Vui>
+void add_common_vui(Fields& f, const Vui& v) {
+    f["aspect_ratio_info_present_flag"] = v.aspect_ratio_info_present_flag;
+    f["aspect_ratio_idc"] = v.aspect_ratio_idc;
+    f["sar_width"] = v.sar_width;
+    f["sar_height"] = v.sar_height;
+    f["overscan_info_present_flag"] = v.overscan_info_present_flag;
+    f["overscan_appropriate_flag"] = v.overscan_appropriate_flag;
+    f["video_signal_type_present_flag"] = v.video_signal_type_present_flag;
+    f["video_format"] = v.video_format;
+    f["video_full_range_flag"] = v.video_full_range_flag;
+    f["colour_description_present_flag"] = v.colour_description_present_flag;
+    f["colour_primaries"] = v.colour_primaries;
+    f["transfer_characteristics"] = v.transfer_characteristics;
+    f["chroma_loc_info_present_flag"] = v.chroma_loc_info_present_flag;
+    f["chroma_sample_loc_type_top_field"] = v.chroma_sample_loc_type_top_field;
+    f["chroma_sample_loc_type_bottom_field"] = v.chroma_sample_loc_type_bottom_field;
+    f["bitstream_restriction_flag"] = v.bitstream_restriction_flag;
+    f["motion_vectors_over_pic_boundaries_flag"] = v.motion_vectors_over_pic_boundaries_flag;
+    f["max_bytes_per_pic_denom"] = v.max_bytes_per_pic_denom;
+    f["log2_max_mv_length_horizontal"] = v.log2_max_mv_length_horizontal;
+    f["log2_max_mv_length_vertical"] = v.log2_max_mv_length_vertical;
+}
+
 Fields fields_of(const AvcSps& s) {
     const AvcVui& v = s.vui;
     Fields f = {
@@ -201,22 +226,7 @@ Fields fields_of(const AvcSps& s) {
         {"frame_crop_top_offset", s.frame_crop_top_offset},
         {"frame_crop_bottom_offset", s.frame_crop_bottom_offset},
         {"vui_parameters_present_flag", s.vui_parameters_present_flag},
-        {"aspect_ratio_info_present_flag", v.aspect_ratio_info_present_flag},
-        {"aspect_ratio_idc", v.aspect_ratio_idc},
-        {"sar_width", v.sar_width},
-        {"sar_height", v.sar_height},
-        {"overscan_info_present_flag", v.overscan_info_present_flag},
-        {"overscan_appropriate_flag", v.overscan_appropriate_flag},
-        {"video_signal_type_present_flag", v.video_signal_type_present_flag},
-        {"video_format", v.video_format},
-        {"video_full_range_flag", v.video_full_range_flag},
-        {"colour_description_present_flag", v.colour_description_present_flag},
-        {"colour_primaries", v.colour_primaries},
-        {"transfer_characteristics", v.transfer_characteristics},
         {"matrix_coefficients", v.matrix_coefficients},
-        {"chroma_loc_info_present_flag", v.chroma_loc_info_present_flag},
-        {"chroma_sample_loc_type_top_field", v.chroma_sample_loc_type_top_field},
-        {"chroma_sample_loc_type_bottom_field", v.chroma_sample_loc_type_bottom_field},
         {"timing_info_present_flag", v.timing_info_present_flag},
         {"num_units_in_tick", v.num_units_in_tick},
         {"time_scale", v.time_scale},
@@ -225,18 +235,14 @@ Fields fields_of(const AvcSps& s) {
         {"vcl_hrd_parameters_present_flag", v.vcl_hrd_parameters_present_flag},
         {"low_delay_hrd_flag", v.low_delay_hrd_flag},
         {"pic_struct_present_flag", v.pic_struct_present_flag},
-        {"bitstream_restriction_flag", v.bitstream_restriction_flag},
-        {"motion_vectors_over_pic_boundaries_flag", v.motion_vectors_over_pic_boundaries_flag},
-        {"max_bytes_per_pic_denom", v.max_bytes_per_pic_denom},
         {"max_bits_per_mb_denom", v.max_bits_per_mb_denom},
-        {"log2_max_mv_length_horizontal", v.log2_max_mv_length_horizontal},
-        {"log2_max_mv_length_vertical", v.log2_max_mv_length_vertical},
         {"max_num_reorder_frames", v.max_num_reorder_frames},
         {"max_dec_frame_buffering", v.max_dec_frame_buffering},
     };
     for (std::size_t i = 0; i < s.scaling_lists.size(); ++i) {
         f[indexed("seq_scaling_list_present_flag", i)] = s.scaling_lists[i].present_flag;
     }
+    add_common_vui(f, v);
     add_avc_hrd(f, v.nal_hrd);
     return f;
 }
@@ -322,22 +328,7 @@ Fields fields_of(const HevcVps& s) {
 
 void add_vui(Fields& f, const HevcVui& v) {
     const Fields vui = {
-        {"aspect_ratio_info_present_flag", v.aspect_ratio_info_present_flag},
-        {"aspect_ratio_idc", v.aspect_ratio_idc},
-        {"sar_width", v.sar_width},
-        {"sar_height", v.sar_height},
-        {"overscan_info_present_flag", v.overscan_info_present_flag},
-        {"overscan_appropriate_flag", v.overscan_appropriate_flag},
-        {"video_signal_type_present_flag", v.video_signal_type_present_flag},
-        {"video_format", v.video_format},
-        {"video_full_range_flag", v.video_full_range_flag},
-        {"colour_description_present_flag", v.colour_description_present_flag},
-        {"colour_primaries", v.colour_primaries},
-        {"transfer_characteristics", v.transfer_characteristics},
         {"matrix_coefficients", v.matrix_coeffs},
-        {"chroma_loc_info_present_flag", v.chroma_loc_info_present_flag},
-        {"chroma_sample_loc_type_top_field", v.chroma_sample_loc_type_top_field},
-        {"chroma_sample_loc_type_bottom_field", v.chroma_sample_loc_type_bottom_field},
         {"neutral_chroma_indication_flag", v.neutral_chroma_indication_flag},
         {"field_seq_flag", v.field_seq_flag},
         {"frame_field_info_present_flag", v.frame_field_info_present_flag},
@@ -351,17 +342,13 @@ void add_vui(Fields& f, const HevcVui& v) {
         {"vui_time_scale", v.vui_time_scale},
         {"vui_poc_proportional_to_timing_flag", v.vui_poc_proportional_to_timing_flag},
         {"vui_hrd_parameters_present_flag", v.vui_hrd_parameters_present_flag},
-        {"bitstream_restriction_flag", v.bitstream_restriction_flag},
         {"tiles_fixed_structure_flag", v.tiles_fixed_structure_flag},
-        {"motion_vectors_over_pic_boundaries_flag", v.motion_vectors_over_pic_boundaries_flag},
         {"restricted_ref_pic_lists_flag", v.restricted_ref_pic_lists_flag},
         {"min_spatial_segmentation_idc", v.min_spatial_segmentation_idc},
-        {"max_bytes_per_pic_denom", v.max_bytes_per_pic_denom},
         {"max_bits_per_min_cu_denom", v.max_bits_per_min_cu_denom},
-        {"log2_max_mv_length_horizontal", v.log2_max_mv_length_horizontal},
-        {"log2_max_mv_length_vertical", v.log2_max_mv_length_vertical},
     };
     f.insert(vui.begin(), vui.end());
+    add_common_vui(f, v);
     add_hevc_hrd(f, v.hrd);
 }
 
