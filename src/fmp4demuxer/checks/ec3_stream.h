@@ -9,16 +9,12 @@
 
 namespace mediasplit {
 
-// The place where a sample goes through the E-AC-3 analysis and is held against the sample entry
-// (4333 and the rules of the entry). No analysis is made here yet.
-[[nodiscard]] inline Status check_ec3_sample(Mp4Demuxer& /*demuxer*/,
-                                             std::uint32_t /*stream_index*/, ByteSpan /*sample*/) {
-    return Status::kOk;
-}
+// Puts a sample of a track through its E-AC-3 analysis, which begins with the first sample of a
+// walk. 4333 for a sample that can't be read, or once a failure stands (ETSI TS 102 366 Annex E).
+[[nodiscard]] Status check_ec3_sample(Mp4Demuxer& demuxer, std::uint32_t stream_index,
+                                      ByteSpan sample);
 
 // Ends the analysis of one walk: the next one starts afresh.
-inline void end_ec3_stream(Mp4Stream& stream) {
-    stream.oap_parser.reset();
-}
+void end_ec3_stream(Mp4Stream& stream);
 
 }  // namespace mediasplit
