@@ -22,8 +22,8 @@ Status check_container(const Mp4Stream& stream, Loglist* loglist) {
 }
 
 Status check_config(const Mp4Stream& stream, Loglist* loglist) {
-    Status status = check(stream.ec3_config != nullptr, loglist, 4299, {});
-    if (stream.ec3_config != nullptr) {
+    Status status = check(has_ec3_config(stream), loglist, 4299, {});
+    if (has_ec3_config(stream)) {
         status |= check(stream.ec3_config->reserved_nonzero == 0, loglist, 4300, {});
         status |= check(stream.ec3_config->parse_error == 0, loglist, 4301, {});
     }
@@ -48,7 +48,7 @@ Status oap_sample_entry_validation(Mp4Demuxer& demuxer, std::uint32_t stream_ind
     ManifestContext* playlist = nullptr;
     status |= get_input_manifest_info(&demuxer, nullptr, nullptr, nullptr, nullptr, &playlist,
                                       demuxer.loglist);
-    if (playlist != nullptr && stream.ec3_config != nullptr) {
+    if (playlist != nullptr && has_ec3_config(stream)) {
         status |= check_ec3_attributes(*playlist, programme_of(*stream.ec3_config),
                                        AudioCarrier::kSampleEntry, demuxer.loglist);
     }

@@ -9,6 +9,11 @@
 
 namespace mediasplit {
 
+// Whether the track has a "dec3" box.
+[[nodiscard]] inline bool has_ec3_config(const Mp4Stream& stream) {
+    return (stream.box_flags & kBoxDec3) != 0 && stream.ec3_config != nullptr;
+}
+
 // Judges an "ec-3" sample entry with its "dec3" box (ETSI TS 102 366 F.2, ETSI TS 103 420 C.3) and
 // holds it against the playlist: 4294 to 4302, 2039, 4283 to 4290. Does so only if `entry_due`
 // tells that the track's entry is seen for the first time. The OR of the reports; what was found is

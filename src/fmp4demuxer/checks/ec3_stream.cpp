@@ -16,7 +16,7 @@ Status check_ec3_sample(Mp4Demuxer& demuxer, std::uint32_t stream_index, ByteSpa
         parser != nullptr && oap_es_parser(sample.data(), static_cast<std::uint32_t>(sample.size()),
                                            parser, &info) == kOapGood;
     const Status status = check(is_good, demuxer.loglist, 4333, {});
-    if (!is_good || stream.ec3_config == nullptr) {
+    if (!is_good || !has_ec3_config(stream)) {
         return status;
     }
     return status | oap_es_info_validate(&info, stream.ec3_config.get(), true, demuxer.loglist);
