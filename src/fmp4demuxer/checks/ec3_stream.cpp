@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "oapinfolib/src/oapinfo_api.h"
+#include "src/fmp4demuxer/checks/audio_entry.h"
 #include "src/log/logging.h"
 
 namespace mediasplit {
@@ -26,13 +27,14 @@ bool parse(OapParserState* parser, ByteSpan sample, OapEsInfo& info) {
 }  // namespace
 
 Status check_ec3_sample(Mp4Demuxer& demuxer, std::uint32_t stream_index, ByteSpan sample) {
+    Mp4Stream& stream = *demuxer.streams[stream_index];
     OapEsInfo info;
-    const bool parsed = parse(parser_of(*demuxer.streams[stream_index]), sample, info);
-    return check(parsed, demuxer.loglist, 4333, {});
-}
-
-void end_ec3_stream(Mp4Stream& stream) {
-    stream.oap_parser.reset();
+    const bool is_good = parse(parser_of(stream), sample, info);
+    const Status status = check(is_good, demuxer.loglist, 4333, {});
+    if (!is_good || !has_ec3_config(stream)) {
+        return status;
+    }
+    return status | oap_es_info_validate(&info, stream.ec3_config.get(), true, demuxer.loglist);
 }
 
 }  // namespace mediasplit

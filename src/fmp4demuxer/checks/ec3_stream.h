@@ -9,12 +9,14 @@
 
 namespace mediasplit {
 
-// Puts a sample of a track through its E-AC-3 analysis, which begins with the first sample of a
-// walk. 4333 for a sample that can't be read, or once a failure stands (ETSI TS 102 366 Annex E).
+// Has a sample analysed (4333) and holds it against the "dec3" box of its track, if there is one
+// (oap_es_info_validate). The track's parser is made at its first sample. The OR of the reports.
 [[nodiscard]] Status check_ec3_sample(Mp4Demuxer& demuxer, std::uint32_t stream_index,
                                       ByteSpan sample);
 
 // Ends the analysis of one walk: the next one starts afresh.
-void end_ec3_stream(Mp4Stream& stream);
+inline void end_ec3_stream(Mp4Stream& stream) {
+    stream.oap_parser.reset();
+}
 
 }  // namespace mediasplit
