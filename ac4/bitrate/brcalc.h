@@ -6,7 +6,7 @@
 namespace mediasplit {
 
 // Estimates the bit rate of an AC-4 stream from its frame sizes and the `wait_frames` and `br_code`
-// fields of each table of contents (ETSI TS 103 190-1 clause 4.3.3.2).
+// fields of each table of contents (ETSI TS 103 190-1, `ac4_toc`).
 
 inline constexpr int kBrcalcWindow = 18;  // frames looked back on
 inline constexpr int kBrcalcCodes = 8;    // base 3 digits of one rate code

@@ -4,7 +4,7 @@
 
 namespace mediasplit {
 
-// Channel modes by `ch_mode` (ETSI TS 103 190-1 table 88 and TS 103 190-2 table 79): 0 mono,
+// Channel modes by `ch_mode` (`channel_mode` of ETSI TS 103 190-1 and -2): 0 mono,
 // 1 stereo, 2 3.0, 3 5.0, 4 5.1, 5 7.0 (3/4/0), 6 7.1, 7 7.0 (5/2/0), 8 7.1, 9 7.0 (3/2/2), 10 7.1,
 // 11 7.0.4, 12 7.1.4, 13 9.0.4, 14 9.1.4, 15 22.2, 16 reserved. Objects have none.
 inline constexpr int kNoChannelMode = -1;

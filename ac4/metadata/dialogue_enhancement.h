@@ -6,7 +6,7 @@
 
 namespace mediasplit {
 
-// Dialogue enhancement (ETSI TS 103 190-1 clauses 4.2.14.11 to 4.2.14.13).
+// Dialogue enhancement (`dialog_enhancement`, ETSI TS 103 190-1 clause 4.2.14).
 
 struct DeConfig {
     std::uint8_t de_method = 0;

@@ -7,7 +7,7 @@
 
 namespace mediasplit {
 
-// Dynamic range control (ETSI TS 103 190-1 clauses 4.2.14.5 to 4.2.14.10).
+// Dynamic range control (`drc_frame`, ETSI TS 103 190-1 clause 4.2.14).
 
 inline constexpr int kDrcMostModes = 8;
 

@@ -8,8 +8,8 @@
 
 namespace mediasplit {
 
-// EMDF payloads (ETSI TS 103 190-1 clause 4.2.15). Payload id 18, immersive stereo, is read; all
-// others are stepped over.
+// EMDF payloads (`emdf_payloads_substream`, ETSI TS 103 190-1 clause 4.2.14). Payload id 18,
+// immersive stereo, is read; all others are stepped over.
 
 inline constexpr std::uint32_t kEmdfPayloadIms = 18;
 

@@ -8,7 +8,7 @@
 namespace mediasplit {
 
 // Loudness measurements of a substream or presentation, as coded (`further_loudness_info`, ETSI TS
-// 103 190-1 clause 4.3.12.4, TS 103 190-2 clause 6.3.8).
+// 103 190-1 clause 4.2.14, and TS 103 190-2).
 struct FurtherLoudness {
     bool present = false;
     std::uint8_t loudness_version = 0;

@@ -15,7 +15,7 @@ struct OamdSubstream {
     OamdTiming timing{};
 };
 
-// Reads an `oamd_substream` (ETSI TS 103 190-2 clause 6.2.8.1). What it finds also goes into `info`
+// Reads an `oamd_substream` (ETSI TS 103 190-2). What it finds also goes into `info`
 // as far as that has room; null is allowed. `facts.num_obj_info_blocks` stands in when the frame
 // brings no timing data. `size` 0 is simply done. 0, 8192 or 12288.
 std::uint32_t ac4analyze_parse_oamd_substream(const std::uint8_t* data, std::size_t size,

@@ -62,7 +62,7 @@ struct PresentationMetadata {
     bool b_corr_for_immersive_out = false;
 };
 
-// Reads an `ac4_presentation_substream` (ETSI TS 103 190-2 clause 6.2.3) up to its last element;
+// Reads an `ac4_presentation_substream` (ETSI TS 103 190-2) up to its last element;
 // `slot` holds what frames carry over. 0 or codes of metadata_codes.h.
 std::uint32_t parse_presentation_substream(FieldReader& in, MetadataSlot& slot,
                                            const PresentationFacts& facts,

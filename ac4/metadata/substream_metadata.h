@@ -74,10 +74,10 @@ struct SubstreamMetadata {
     ImsInfo ims{};
 };
 
-// Reads an `ac4_substream` (ETSI TS 103 190-1 clause 4.2.4): steps over the coded audio and reads
-// `metadata`. `size` 0 is simply done. `substream` is the number of the slot of `state` that holds
-// what frames carry over; a number outside the slots carries nothing. 0 or codes of
-// metadata_codes.h: soft ones are ORed together, a fatal one stands alone.
+// Reads an `ac4_substream`: steps over the coded audio and reads `metadata` (ETSI TS 103 190-1
+// clause 4.2.14, and TS 103 190-2). `size` 0 is simply done. `substream` is the number of the slot
+// of `state` that holds what frames carry over; a number outside the slots carries nothing. 0 or
+// codes of metadata_codes.h: soft ones are ORed together, a fatal one stands alone.
 std::uint32_t ac4analyze_get_substream_metadata(Ac4MetadataState* state, int substream,
                                                 const std::uint8_t* data, std::size_t size,
                                                 const SubstreamFacts& facts,

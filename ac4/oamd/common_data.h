@@ -9,7 +9,7 @@
 
 namespace mediasplit {
 
-// What all objects of a program share (`oamd_common_data`, ETSI TS 103 190-2 clause 6.2.8.2).
+// What all objects of a program share (`oamd_common_data`, ETSI TS 103 190-2).
 struct OamdCommonData {
     CodedField master_screen_size_ratio;  // not present: the default ratio
     bool b_bed_object_chan_distribute = false;

@@ -7,7 +7,8 @@
 
 namespace mediasplit {
 
-// Downmix coefficients to stereo, as codes of the tables of ETSI TS 103 190-1 clause 4.3.12.
+// Downmix coefficients to stereo, as coded (`b_stereo_dmx_coeff` of ETSI TS 103 190-1
+// clause 4.2.14).
 struct StereoDownmix {
     bool present = false;
     std::uint8_t loro_centre_mixgain = 0;

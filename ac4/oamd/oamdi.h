@@ -8,7 +8,7 @@
 
 namespace mediasplit {
 
-// Object audio metadata of one program as a self-contained block (ETSI TS 103 190-2 clause 6.2.8):
+// Object audio metadata of one program as a self-contained block (ETSI TS 103 190-2):
 // sizes are fixed by AC4_ANALYZE_oamdi_init over memory of the caller, nothing is allocated, and
 // there is nothing to release. Every operation takes a null block: it then has no effect and gives
 // 0 or null.

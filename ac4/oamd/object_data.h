@@ -8,7 +8,8 @@
 
 namespace mediasplit {
 
-// Object metadata that changes from frame to frame (ETSI TS 103 190-2 clauses 6.2.8.3 to 6.2.8.10).
+// Object metadata that changes from frame to frame (`oamd_dyndata_single`, `oamd_dyndata_multi` and
+// `oamd_timing_data` of ETSI TS 103 190-2).
 
 // `oamd_timing_data`.
 struct OamdTiming {

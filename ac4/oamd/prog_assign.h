@@ -6,7 +6,7 @@
 namespace mediasplit {
 
 // Assignment of a program's objects to beds, intermediate spatial format (ISF) layers and dynamic
-// objects (ETSI TS 103 190-2 clause 6.3.2.9).
+// objects (`bed_dyn_obj_assignment` of ETSI TS 103 190-2).
 
 inline constexpr int kOamdBedChannels = 17;  // bits of a bed mask, bit 0 is L
 inline constexpr int kOamdMostBeds = 16;

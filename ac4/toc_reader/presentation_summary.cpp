@@ -1,6 +1,7 @@
 // The sum that a presentation makes of its groups: layout, counts, name and targets.
 
 #include <algorithm>
+#include <limits>
 
 #include "ac4/toc_reader/channel_modes.h"
 #include "ac4/toc_reader/toc_walk.h"
@@ -28,7 +29,7 @@ void add_group(const GroupInfo& group, std::int32_t presentation_version, Layout
     sum->b_4_back_channels_present |= group.b_4_back_channels_present;
     sum->b_centre_present |= group.b_centre_present;
     sum->top_channel_pairs = std::max(sum->top_channel_pairs, group.top_channel_pairs);
-    sum->max_objects = std::max(sum->max_objects, group.max_objects);
+    sum->max_objects = std::max(sum->max_objects, group.n_objects);
     sum->substreams += static_cast<std::int32_t>(group.n_substreams);
 }
 
@@ -46,7 +47,8 @@ void set_layout(const LayoutSum& sum, const PresentationDescription& presentatio
     }
     info->lfe = sum.lfe;
     info->has_objects = sum.any && !sum.all_channel_coded;
-    info->max_group_objects = sum.max_objects;
+    info->max_group_objects = static_cast<std::int32_t>(
+        std::min<std::int64_t>(sum.max_objects, std::numeric_limits<std::int32_t>::max()));
     info->substream_total = sum.substreams;
     info->substream_count = sum.substreams;
     const bool not_for_immersive_stereo =

@@ -10,7 +10,6 @@ namespace mediasplit {
 
 inline constexpr std::int32_t kConfigEmdfOnly = 6;
 inline constexpr std::int32_t kConfigSingle = -1;  // a single substream (group), no config coded
-inline constexpr std::size_t kMaxInlineSubstreams = 3;
 
 // One presentation as it stands in the table.
 struct PresentationDescription {

@@ -128,7 +128,7 @@ void add_to_group(const SubstreamDescription& substream, bool first, GroupInfo* 
     group->b_centre_present |= info.b_centre_present;
     const std::int32_t pairs = (info.top_channels_present + 1) / 2;  // 0, 1, 1, 2
     group->top_channel_pairs = std::max(group->top_channel_pairs, pairs);
-    group->max_objects = std::max(group->max_objects, substream.ext.n_objects);
+    group->n_objects += substream.ext.n_objects;
 
     std::int32_t core = core_channel_mode(info.channel_mode);
     if (info.audio_type == AudioType::kAjoc && substream.ext.b_static_dmx) {

@@ -120,7 +120,11 @@ int AC4_ANALYZE_ac4toc_reader_open(Ac4TocReader** reader, void* memory,
         return kTocNoData;
     }
     std::uint8_t* copy = nullptr;
+    *reader = nullptr;
     const memlib arena = memlib_open(memory, allocation(reader, &copy, config.copy_buffer_size));
+    if (*reader == nullptr) {
+        return kTocNoData;
+    }
     (*reader)->arena = arena;
     (*reader)->buffer_size = config.copy_buffer_size;
     (*reader)->copy = copy;
@@ -138,6 +142,10 @@ void AC4_ANALYZE_ac4toc_reader_close(Ac4TocReader* reader) {
 void AC4_ANALYZE_ac4toc_reader_set_mode(Ac4TocReader* reader, TocMode mode) {
     reader->mode = mode;
     reader->deferred_error = kTocOk;
+}
+
+void AC4_ANALYZE_ac4toc_reader_set_hash(Ac4TocReader* reader, HashRecord* hash) {
+    reader->hash = hash;
 }
 
 TocReaderVersion AC4_ANALYZE_ac4toc_reader_get_version() {

@@ -86,6 +86,8 @@ struct Ac4TocReader {
     StoredTable stored;
     MaskedRanges masked_ranges;
 
+    HashRecord* hash = nullptr;  // not owned
+
     TocMode mode = TocMode::kStrict;
     int deferred_error = kTocOk;  // of the last call
 };
@@ -114,6 +116,10 @@ void AC4_ANALYZE_ac4toc_reader_close(Ac4TocReader* reader);
 
 // Strict or tolerant; clears the parked error.
 void AC4_ANALYZE_ac4toc_reader_set_mode(Ac4TocReader* reader, TocMode mode);
+
+// Lets a listener see every element of the presentations that are asked for from here on, to
+// fingerprint them; null for none. The walk over the whole table isn't shown. Not owned.
+void AC4_ANALYZE_ac4toc_reader_set_hash(Ac4TocReader* reader, HashRecord* hash);
 
 TocReaderVersion AC4_ANALYZE_ac4toc_reader_get_version();
 

@@ -21,6 +21,7 @@ inline constexpr std::size_t kMaxPresentationGroups = 9;
 inline constexpr std::size_t kMaxSelectedPresentations = 64;
 inline constexpr std::size_t kMaxSelectedGroups = 64;
 inline constexpr std::size_t kMaxRememberedGroups = 3;
+inline constexpr std::size_t kMaxInlineSubstreams = 3;
 inline constexpr std::size_t kMaxAddedEmdf = 16;
 inline constexpr std::size_t kMaxTargets = 31;
 inline constexpr std::size_t kMaxNameBytes = 32;
@@ -195,7 +196,7 @@ struct GroupInfo {
     bool b_4_back_channels_present = false;
     bool b_centre_present = false;
     std::int32_t top_channel_pairs = 0;
-    std::int32_t max_objects = 0;
+    std::int64_t n_objects = 0;  // of all substreams
 };
 
 struct EmdfInfo {
@@ -215,7 +216,8 @@ struct SelectedPresentation {
     std::int32_t presentation_group_plus1 = 0;
     std::int32_t group_count = 0;  // remembered groups
     std::array<std::int32_t, kMaxRememberedGroups> groups{};
-    ContentType content;  // of the first substream, before bitstream_version 2
+    std::int32_t substream_count = 0;  // inline substreams, before bitstream_version 2
+    std::array<ContentType, kMaxInlineSubstreams> contents{};
 };
 
 struct SelectedGroup {

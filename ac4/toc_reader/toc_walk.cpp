@@ -85,8 +85,11 @@ void select_presentation(const TocParser& parser, const PresentationDescription&
     selected->group_count =
         std::min(presentation.group_count, static_cast<std::int32_t>(selected->groups.size()));
     std::copy_n(presentation.groups.begin(), selected->group_count, selected->groups.begin());
-    if (presentation.substream_count > 0) {
-        selected->content = substreams[0].info.content;
+    selected->substream_count = presentation.substream_count;
+    for (std::size_t i = 0; i < substreams.size(); ++i) {
+        if (static_cast<std::int32_t>(i) < presentation.substream_count) {
+            selected->contents[i] = substreams[i].info.content;
+        }
     }
 }
 
@@ -273,12 +276,13 @@ int AC4_ANALYZE_ac4toc_get_selected_presentation_v1_info(Ac4TocReader* reader, s
     if (index < 0 || index >= reader->head.n_presentations) {
         return kTocBadIndex;
     }
-    if (reader->selected == index) {
+    if (reader->selected == index && reader->hash == nullptr) {
         return reader->selected_result;
     }
     const std::int32_t start = AC4_ANALYZE_ac4toc_seek_to_presentation_info(reader, index);
     TocParser parser = parser_at(reader, orv_bitbuf_get_abs_pos(&reader->bits));
     for (std::int32_t i = start; i <= index && parser_ok(parser); ++i) {
+        parser.in.hash = i == index ? reader->hash : nullptr;
         reader->presentation_positions[static_cast<std::size_t>(i)] = field_position(parser.in);
         reader->presentation = read_presentation(parser, &reader->inline_substreams);
     }

@@ -37,7 +37,7 @@ struct LayoutSum {
     std::int32_t common_code = 0;
     std::uint32_t bitmap = 0;
     std::uint32_t core_bitmap = 0;
-    std::int32_t max_objects = 0;
+    std::int64_t max_objects = 0;  // of one group
     std::int32_t substreams = 0;
 };
 

@@ -145,6 +145,9 @@ int bsid_getbsid(const BsodReader& reader, std::uint16_t& bsid);
 // reader. Fills `bsid` and what the size came from: `fscod` and `frmsizecod`, or `frmsiz`.
 int bsid_getfrmsize(const BsodReader& reader, BitstreamInfo& info, std::uint16_t& frame_words);
 
+// Size in words of the frame that an unpacked header describes, 0 if its codes are undefined.
+std::uint16_t bsid_frame_words(const BitstreamInfo& info);
+
 // Resets the record and fills it from the frame at whose start `reader` stands.
 int bsid_unp(BsodReader& reader, BitstreamInfo& info);
 

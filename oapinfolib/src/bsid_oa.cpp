@@ -20,11 +20,6 @@ constexpr FatalSite kSiteUnpackBsid{kSourceBsidOa, 224};
 
 constexpr std::int64_t kBsidBit = 40;
 
-int refuse(int code, const char* text, FatalSite site) {
-    print_fatal(text, site);
-    return code;
-}
-
 int refuse_bsid(FatalSite site) {
     return refuse(kBsidUnsupported, "Unsupported bitstream id", site);
 }
@@ -170,6 +165,14 @@ int bsid_getfrmsize(const BsodReader& reader, BitstreamInfo& info, std::uint16_t
     }
     frame_words = kFrameSize[info.fscod][info.frmsizecod];
     return kBsidGood;
+}
+
+std::uint16_t bsid_frame_words(const BitstreamInfo& info) {
+    if (is_oap_bsid(info.bsid)) {
+        return info.frmsiz;
+    }
+    const bool known = info.fscod < kFrameSize.size() && info.frmsizecod <= kMaxFrmsizecod;
+    return known ? kFrameSize[info.fscod][info.frmsizecod] : std::uint16_t{0};
 }
 
 int bsid_unp(BsodReader& reader, BitstreamInfo& info) {

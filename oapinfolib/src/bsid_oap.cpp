@@ -12,13 +12,6 @@ constexpr FatalSite kSiteSync{kSourceBsidOap, 71};
 constexpr FatalSite kSiteHalfRate{kSourceBsidOap, 88};
 constexpr FatalSite kSiteBsid{kSourceBsidOap, 117};
 
-constexpr std::uint16_t kUnityScale = 51;  // pgmscl and extpgmscl: 0 dB
-
-int refuse(int code, const char* text, FatalSite site) {
-    print_fatal(text, site);
-    return code;
-}
-
 // Takes a flag and, when it is set, a value of n bits.
 void unpack_optional(BsodReader& reader, std::uint16_t& flag, std::uint16_t& value, int n) {
     flag = bsod_unprj(reader, 1);

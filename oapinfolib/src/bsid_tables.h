@@ -36,6 +36,8 @@ inline constexpr std::array<std::uint32_t, 4> kSampleRate{48000, 44100, 32000, 0
 // Blocks by `numblkscod` (E.1.3.1.5).
 inline constexpr std::array<std::uint16_t, 4> kBlocksPerFrame{1, 2, 3, 6};
 
+inline constexpr std::uint16_t kUnityScale = 51;  // pgmscl and extpgmscl: 0 dB
+
 inline constexpr std::uint16_t kMaxFrmsizecod = 37;
 
 // AC-3 frame size in 16-bit words by `fscod` and `frmsizecod` (4.4.1.4).

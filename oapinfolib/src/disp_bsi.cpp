@@ -107,9 +107,6 @@ bool is_oap(const Info& info) {
 bool has_second_program(const Info& info) {
     return info.nprograms == 2;
 }
-bool has_program_oa(const Info& info) {
-    return is_oa(info);
-}
 bool has_second_program_oa(const Info& info) {
     return is_oa(info) && has_second_program(info);
 }
@@ -316,10 +313,10 @@ constexpr BsiLine kLines[] = {
            kPresenceTexts),
     noted("compr2", field<&Info::compr, 1>, if_set<has_second_program, &Info::compre, 1>,
           note_compr),
-    texted("langcode", field<&Info::langcode, 0>, has_program_oa, "Language code", kPresenceTexts),
+    texted("langcode", field<&Info::langcode, 0>, is_oa, "Language code", kPresenceTexts),
     texted("langcod2e", field<&Info::langcode, 1>, has_second_program_oa, "Language code",
            kPresenceTexts),
-    plain("langcod", field<&Info::langcod, 0>, if_set<has_program_oa, &Info::langcode, 0>),
+    plain("langcod", field<&Info::langcod, 0>, if_set<is_oa, &Info::langcode, 0>),
     plain("langcod2", field<&Info::langcod, 1>, if_set<has_second_program_oa, &Info::langcode, 1>),
     texted("audprodie", field<&Info::audprodie, 0>, has_information, "Audio production information",
            kPresenceTexts),

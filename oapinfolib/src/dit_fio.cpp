@@ -14,11 +14,8 @@ constexpr FatalSite kSiteStrayByte{kSourceDitFio, 85};
 constexpr FatalSite kSiteBadSync{kSourceDitFio, 121};
 constexpr FatalSite kSiteShortRead{kSourceDitFio, 168};
 
-constexpr const char* kReadError = "Cannot read from input file";
-
 int refuse_read(FatalSite site) {
-    print_fatal(kReadError, site);
-    return kFioReadError;
+    return refuse(kFioReadError, "Cannot read from input file", site);
 }
 
 void enter_byte_order(std::int16_t order, FileBuffer& file) {
@@ -69,8 +66,8 @@ int detectbyteorder(const std::uint8_t* next, FileBuffer& file) {
         enter_byte_order(kOrderWords, file);
         return 0;
     }
-    print_fatal("Invalid syncword detected while detecting byte order", kSiteBadSync);
-    return kFioBadSync;
+    return refuse(kFioBadSync, "Invalid syncword detected while detecting byte order",
+                  kSiteBadSync);
 }
 
 int readfilein(std::int64_t count, std::size_t offset, const std::uint8_t* source,

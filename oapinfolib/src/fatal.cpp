@@ -9,6 +9,11 @@ void print_fatal(const char* text, FatalSite site) {
                  site.source, site.line);
 }
 
+int refuse(int code, const char* text, FatalSite site) {
+    print_fatal(text, site);
+    return code;
+}
+
 void print_warning(const char* text) {
     std::fprintf(stderr, "\nWARNING:  %s\n", text);
 }

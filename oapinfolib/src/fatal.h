@@ -23,6 +23,9 @@ inline constexpr const char* kSourceTsc = "../../../../oapinfolib/src/tsc.cpp";
 // Writes "\n\nFATAL ERROR:  %s\n\nError occurred in:\n%s (line %d)\n\n".
 void print_fatal(const char* text, FatalSite site);
 
+// Writes a fatal text and gives `code`.
+int refuse(int code, const char* text, FatalSite site);
+
 // Writes "\nWARNING:  %s\n".
 void print_warning(const char* text);
 

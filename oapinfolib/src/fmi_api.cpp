@@ -18,8 +18,7 @@ constexpr FatalSite kSiteShortOa{kSourceFmiApi, 208};
 constexpr std::uint16_t kSizeWords = 3;
 
 int refuse_short(FatalSite site) {
-    print_fatal("Insufficient data in input frame buffer", site);
-    return kFmiNotEnoughData;
+    return refuse(kFmiNotEnoughData, "Insufficient data in input frame buffer", site);
 }
 
 void open_reader(const FrameDescriptor& frame, BsodReader& reader) {
@@ -45,7 +44,7 @@ int check_crc_oap(const FrameHandle& handle, const FrameDescriptor& frame, Frame
 }
 
 int check_crc_oa(const FrameHandle& handle, const FrameDescriptor& frame, FrameStatus& status) {
-    const std::uint16_t words = kFrameSize[handle.info.fscod][handle.info.frmsizecod];
+    const std::uint16_t words = bsid_frame_words(handle.info);
     if (frame.valid_words < words) {
         return refuse_short(kSiteShortOa);
     }

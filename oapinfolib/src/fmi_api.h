@@ -80,15 +80,14 @@ int oapi_fmi_closeframe(FrameHandle& handle);
 //     premixcmpscl, then -1 where off: extpgmlscl, extpgmcscl, extpgmrscl, extpgmlsscl,
 //     extpgmrsscl, extpgmlfescl, dmixscl, extpgmaux1scl, extpgmaux2scl
 //   2 bsmod, copyrightb, origbs, dsurmod, dsurexmod, dheadphonmod, langcod (2), then twice
-//   audprodie,
-//     roomtyp, mixlevel, adconvtyp, then sourcefscod
+//     audprodie, roomtyp, mixlevel, adconvtyp, then sourcefscod
 //   3 dialnorm (2)
 //   4 compre, compr, and the same of the second program
 //   5 chanmap, of a dependent frame alone
 //   6 convsync
 //   7 blkid, frmsizecod
-//   8 which time code came last (1 or 2), hours, minutes, seconds, frames, fractions of a frame
-//   (1/64) 9 bytes of addbsi, then one byte a word
+//   8 which time code came last (1 or 2), hours, minutes, seconds, frames, 1/64 frames
+//   9 bytes of addbsi, then one byte a word
 //  10 bits of auxiliary data, then the data left-justified
 //  11 encinfo
 int getparamval(const FrameDescriptor& frame, const BitstreamInfo& info, int group,

@@ -10,7 +10,6 @@ namespace mediasplit {
 
 namespace {
 
-constexpr std::uint16_t kUnityScale = 51;
 constexpr std::uint16_t kOff = 0xFFFF;
 
 void put(FrameParams& params, std::uint16_t word) {
@@ -22,15 +21,6 @@ void put(FrameParams& params, std::uint16_t word) {
 // A value, or what stands for it when its flag is off.
 void put_if(FrameParams& params, std::uint16_t flag, std::uint16_t word, std::uint16_t off) {
     put(params, flag != 0 ? word : off);
-}
-
-std::uint16_t frame_words_of(const BitstreamInfo& info) {
-    if (is_oap_bsid(info.bsid)) {
-        return info.frmsiz;
-    }
-    return info.fscod < kFrameSize.size() && info.frmsizecod <= kMaxFrmsizecod
-               ? kFrameSize[info.fscod][info.frmsizecod]
-               : std::uint16_t{0};
 }
 
 int put_frame(const BitstreamInfo& info, FrameParams& params) {
@@ -173,7 +163,7 @@ bool is_whole(const FrameDescriptor& frame, std::uint16_t words) {
 }
 
 int put_auxdata(const FrameDescriptor& frame, const BitstreamInfo& info, FrameParams& params) {
-    const std::uint16_t words = frame_words_of(info);
+    const std::uint16_t words = bsid_frame_words(info);
     if (!is_whole(frame, words)) {
         return kFmiNotEnoughData;
     }
@@ -200,7 +190,7 @@ int put_encinfo(const FrameDescriptor& frame, const BitstreamInfo& info, FramePa
         put(params, info.encinfo);
         return kFmiGood;
     }
-    const std::uint16_t words = frame_words_of(info);
+    const std::uint16_t words = bsid_frame_words(info);
     if (!is_whole(frame, words)) {
         return kFmiNotEnoughData;
     }

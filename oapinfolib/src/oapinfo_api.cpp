@@ -20,6 +20,8 @@ constexpr FatalSite kSiteDit{kSourceOapinfoApi, 339};
 constexpr std::int64_t kSizeWords = 3;  // words that a frame's size is read from
 constexpr std::uint64_t kFramesetBlocks = 6;
 
+const OapEsInfo kEmptyInfo{};
+
 static_assert(sizeof(OapProgramInfo) == 940 && sizeof(OapEsInfo) == 7560);
 
 // Makes a record, or gives null with the fatal text of `site`. This is the one place that takes
@@ -171,7 +173,7 @@ std::uint32_t whole_rate(float rate) {
 
 void fill_info(const TimesliceState& timeslices, std::int64_t count_before, bool byte_swapped,
                OapEsInfo& info) {
-    info = OapEsInfo{};
+    info = kEmptyInfo;
     const Timeslice& last = timeslices.previous;
     const auto added = static_cast<std::uint64_t>(timeslices.timeslice_count - count_before);
     const std::uint64_t blocks = last.program[0].independent.numblks * added;

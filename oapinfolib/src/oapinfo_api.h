@@ -8,20 +8,30 @@
 // Analysis of E-AC-3 and AC-3 elementary streams (ETSI TS 102 366). This header is all that a
 // caller needs.
 //
-//     auto parser = oap_es_parser_new(1);                  // once for a stream
-//     OapEsInfo info;
-//     int result = oap_es_parser(data, size, parser.get(), &info);   // once for a sample or PES
-//     payload
-//     ...
-//     oap_es_parser_delete(parser);
+//     OapParser parser = oap_es_parser_new(1);  // once for a stream
+//     OapEsInfo info;                           // for each block:
+//     const int result = oap_es_parser(data, size, parser.get(), &info);
+//     oap_es_parser_delete(parser);             // or let it go out of scope
 //
-// Each call takes one block of whole syncframes: an MP4 sample, the audio collected from a PES
-// packet, or the frames of one time slice. Frames may stand as 0B 77 or with the bytes of each word
-// swapped. The library prints by itself: the lines of broken compliance rules ("    074 - FAILURE:
-// ...") on the standard output stream, once for each time slice that differs from the one before
-// and once for the stream so far, at the end of each call; fatal texts and warnings on the standard
-// error stream. A stream without failures prints nothing. It knows no message catalogue: callers
-// raise their own message for a result other than 0.
+// A block is whole syncframes of one stream: an MP4 sample, the audio collected from a PES packet,
+// or the frames of one time slice. Frames stand as 0B 77, or with the bytes of each word swapped.
+//
+// What a caller looks at when the result is 0:
+// - `framesets` and `remainder_blocks`: whether the block is one access unit (1 and 0) or holds at
+//   least one (not 0, and 0);
+// - `byte_swapped`: whether the stream stands in file order (0);
+// - `data_rate`, `num_programs` and each `program` with its `dependent` list: the values to hold
+//   against a sample entry box or a descriptor;
+// - `addbsie`, `addbsi_len` and `addbsi` of the first dependent substream, or of a program that has
+//   none: byte 0 is the flag of the object audio extension, byte 1 its complexity index
+//   (ETSI TS 103 420).
+//
+// Output: the lines of broken compliance rules ("    074 - FAILURE: ...") go to the standard output
+// stream, once for each time slice that differs from the one before and, at the end of each call,
+// once for the stream so far. A stream without failures prints nothing. Fatal texts and warnings go
+// to the standard error stream. No message catalogue stands behind this library: callers raise
+// their own message for a result other than 0. Other report sections and rule sets are chosen in
+// oap_parser_state.h.
 //
 // An instance serves one stream and one thread; instances share nothing. No call allocates memory
 // after oap_es_parser_new.
@@ -33,11 +43,9 @@ inline constexpr std::size_t kOapMaxDependents = 8;
 inline constexpr std::size_t kOapAddbsiBytes = 64;
 
 // Results of oap_es_parser.
-inline constexpr int kOapGood = 0;  // read, and no compliance failure stands
-inline constexpr int kOapCompliance =
-    1;  // read, and a compliance failure stands, in this block or before
-inline constexpr int kOapUnreadable =
-    2;  // the block can't be read to its end; OapEsInfo is untouched
+inline constexpr int kOapGood = 0;        // read, and no compliance failure stands
+inline constexpr int kOapCompliance = 1;  // read, but a failure stands, from this block or before
+inline constexpr int kOapUnreadable = 2;  // not read to its end; OapEsInfo is untouched
 
 // A dependent substream. Fields hold the coded values of the standard.
 struct OapDependentInfo {
@@ -46,8 +54,7 @@ struct OapDependentInfo {
     std::uint32_t fscod = 0;
     std::uint32_t acmod = 0;
     std::uint32_t lfeon = 0;
-    std::uint32_t chanmap =
-        0;  // 16 bits, top bit L; built from acmod and lfeon if the frame has none
+    std::uint32_t chanmap = 0;  // 16 bits, top bit L; the channels of acmod if none is coded
     std::uint32_t strmtyp = 0;
     std::uint32_t substreamid = 0;
     std::uint32_t addbsie = 0;

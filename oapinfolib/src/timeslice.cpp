@@ -1,6 +1,7 @@
 #include "oapinfolib/src/timeslice.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace mediasplit {
 
@@ -81,6 +82,11 @@ void empty_program(ProgramRecord& program) {
 }
 
 }  // namespace
+
+bool ComplianceBlock::operator==(const ComplianceBlock& other) const {
+    return any_failure == other.any_failure &&
+           std::memcmp(results.data(), other.results.data(), sizeof results) == 0;
+}
 
 std::size_t AuxData::used_words() const {
     return bits <= 0 ? 0 : std::min((static_cast<std::size_t>(bits) - 1) / 16 + 1, kMaxAuxWords);

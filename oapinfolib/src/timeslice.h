@@ -36,7 +36,7 @@ struct ComplianceBlock {
     std::uint32_t any_failure = 0;
     std::array<Verdict, kResultRows> results{};
 
-    bool operator==(const ComplianceBlock&) const = default;
+    bool operator==(const ComplianceBlock& other) const;
 };
 
 // Auxiliary data of one frame. Only the words that `bits` covers are in use, and they alone are

@@ -35,19 +35,18 @@ bool is_known(int mode) {
     return mode >= 0 && mode < static_cast<int>(kModes.size());
 }
 
-int refuse(const char* text, FatalSite site) {
-    print_fatal(text, site);
-    return kTscUnknownMode;
+int refuse_mode(const char* text, FatalSite site) {
+    return refuse(kTscUnknownMode, text, site);
 }
 
 // A failure stands, and a warning gives way to a failure alone.
 void merge(const ComplianceBlock& timeslice, ComplianceBlock& stream) {
     for (std::size_t row = 0; row < kResultRows; ++row) {
         const Verdict found = timeslice.results[row];
-        Verdict& kept = stream.results[row];
-        if (found == Verdict::kFailure || kept == Verdict::kPassed) {
-            kept = kept == Verdict::kFailure ? kept : found;
-        }
+        const Verdict kept = stream.results[row];
+        const bool failed = found == Verdict::kFailure || kept == Verdict::kFailure;
+        const Verdict other = kept == Verdict::kPassed ? found : kept;
+        stream.results[row] = failed ? Verdict::kFailure : other;
     }
     if (timeslice.any_failure != 0) {
         stream.any_failure = 1;
@@ -88,7 +87,7 @@ void tsc_run(std::span<const ProgramRule> rules, const ProgramRecord& previous,
 
 int tsc_chkfrm(int mode, const SubstreamRecord& frame, ComplianceBlock& block) {
     if (!is_known(mode)) {
-        return refuse("Unknown compliance mode requested", kSiteFrameMode);
+        return refuse_mode("Unknown compliance mode requested", kSiteFrameMode);
     }
     const FrameCheck check = kModes[static_cast<std::size_t>(mode)].frame;
     if (check == nullptr) {
@@ -101,7 +100,7 @@ int tsc_chkfrm(int mode, const SubstreamRecord& frame, ComplianceBlock& block) {
 
 int tsc_chkts(int mode, Timeslice& timeslice, ComplianceBlock& stream) {
     if (!is_known(mode)) {
-        return refuse("Unknown compliance mode requested", kSiteTimesliceMode);
+        return refuse_mode("Unknown compliance mode requested", kSiteTimesliceMode);
     }
     for (int i = 0; i < timeslice.nprograms; ++i) {
         const ProgramRecord& program = timeslice.program[static_cast<std::size_t>(i)];
@@ -124,7 +123,7 @@ int tsc_chkts(int mode, Timeslice& timeslice, ComplianceBlock& stream) {
 int tsc_chkprg(int mode, bool final_slice, const Timeslice& previous, Timeslice& current,
                ComplianceBlock& stream) {
     if (!is_known(mode)) {
-        return refuse("Unknown compliance mode", kSiteProgramMode);
+        return refuse_mode("Unknown compliance mode", kSiteProgramMode);
     }
     if (mode == kModeNone) {
         tsc_tsinit(current.compliance);

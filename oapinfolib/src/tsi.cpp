@@ -18,13 +18,12 @@ constexpr FatalSite kSiteSecondDependent{kSourceTsi, 214};
 constexpr unsigned kLocationMapMask = 0x07FC;  // channels beyond those of the independent frame
 constexpr unsigned kLfeMapMask = 0x0003;
 
-int refuse(const char* text, FatalSite site) {
-    print_fatal(text, site);
-    return kTsiBadFrame;
+int refuse_frame(const char* text, FatalSite site) {
+    return refuse(kTsiBadFrame, text, site);
 }
 
 int refuse_second_independent() {
-    return refuse(
+    return refuse_frame(
         "Invalid bitstream detected.  Multiple independent frames exist for the same program.",
         kSiteSecondIndependent);
 }
@@ -64,8 +63,8 @@ int open_further_program(const TsiFrame& frame, TimesliceState& state, ProgramRe
         return result;
     }
     if (current.program[0].independent.present == 0) {
-        return refuse("Invalid bitstream detected.  First independent frame is not I0.",
-                      kSiteNotFirst);
+        return refuse_frame("Invalid bitstream detected.  First independent frame is not I0.",
+                            kSiteNotFirst);
     }
     const std::size_t before = (frame.info->substreamid - std::size_t{1}) % kMaxPrograms;
     if (current.program[before].independent.present == 0) {
@@ -105,7 +104,7 @@ int enter_dependent(const BitstreamInfo& info, ProgramRecord& program) {
     ++program.num_dependent;
     program.channel_map = static_cast<std::uint16_t>(program.channel_map | info.chanmap);
     if (record.present != 0) {
-        return refuse(
+        return refuse_frame(
             "Invalid bitstream detected.  Multiple dependent frames exist with same substream ID.",
             kSiteSecondDependent);
     }
@@ -125,12 +124,30 @@ int enter_dependent(const BitstreamInfo& info, ProgramRecord& program) {
     return 0;
 }
 
-std::int64_t words_of_frame(const BitstreamInfo& info) {
-    if (is_oap_bsid(info.bsid)) {
-        return info.frmsiz;
+// Finds the program and slot that a frame belongs to, and enters what its place says there.
+int place_independent(const TsiFrame& frame, TimesliceState& state, bool& closed,
+                      ProgramRecord*& program, SubstreamRecord*& record) {
+    const int result = frame.info->substreamid == 0
+                           ? open_first_program(frame, state, closed, program)
+                           : open_further_program(frame, state, program);
+    if (result == 0 && program != nullptr) {
+        enter_independent(*frame.info, *program);
+        record = &program->independent;
     }
-    const bool known = info.fscod < kFrameSize.size() && info.frmsizecod <= kMaxFrmsizecod;
-    return known ? kFrameSize[info.fscod][info.frmsizecod] : 0;
+    return result;
+}
+
+int place_dependent(const BitstreamInfo& info, Timeslice& current, ProgramRecord*& program,
+                    SubstreamRecord*& record) {
+    if (current.nprograms == 0) {
+        return refuse_frame(
+            "Invalid bitstream detected.  Dependent stream type has no associated independent "
+            "frames.",
+            kSiteNoProgram);
+    }
+    program = &current.program[static_cast<std::size_t>(current.nprograms) - 1];
+    record = &program->dependent[info.substreamid % kMaxDependents];
+    return enter_dependent(info, *program);
 }
 
 void store_aux(const TsiFrame& frame, AuxData& aux) {
@@ -158,7 +175,7 @@ void fill_record(const TsiFrame& frame, SubstreamRecord& record) {
     record.sample_rate = kSampleRate[info.fscod & 3U];
     record.source_rate =
         static_cast<std::uint16_t>(record.sample_rate * (info.sourcefscod == 1 ? 2 : 1));
-    record.frame_words = words_of_frame(info);
+    record.frame_words = bsid_frame_words(info);
     record.frame_bytes = record.frame_words * 2;
     const double bits_per_second =
         static_cast<double>(record.sample_rate) * static_cast<double>(record.frame_words) * 16.0;
@@ -241,30 +258,14 @@ int tsi_procframe(const TsiFrame& frame, TimesliceState& state, bool& closed) {
     closed = false;
     const BitstreamInfo& info = *frame.info;
     if (info.strmtyp >= 3) {
-        return refuse("Invalid bitstream detected.  Streamtype is not supported.", kSiteStreamType);
+        return refuse_frame("Invalid bitstream detected.  Streamtype is not supported.",
+                            kSiteStreamType);
     }
     ProgramRecord* program = nullptr;
     SubstreamRecord* record = nullptr;
-    int result = 0;
-    if (info.strmtyp == 1) {
-        if (state.current.nprograms == 0) {
-            return refuse(
-                "Invalid bitstream detected.  Dependent stream type has no associated independent "
-                "frames.",
-                kSiteNoProgram);
-        }
-        program = &state.current.program[static_cast<std::size_t>(state.current.nprograms) - 1];
-        result = enter_dependent(info, *program);
-        record = &program->dependent[info.substreamid % kMaxDependents];
-    } else {
-        result = info.substreamid == 0 ? open_first_program(frame, state, closed, program)
-                                       : open_further_program(frame, state, program);
-        if (result == 0) {
-            enter_independent(info, *program);
-            record = &program->independent;
-        }
-    }
-    if (result != 0) {
+    int result = info.strmtyp == 1 ? place_dependent(info, state.current, program, record)
+                                   : place_independent(frame, state, closed, program, record);
+    if (result != 0 || program == nullptr || record == nullptr) {
         return result;
     }
     fill_record(frame, *record);

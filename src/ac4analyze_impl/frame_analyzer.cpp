@@ -201,6 +201,9 @@ int orv_ac4analyze_open(Ac4Analyzer** analyzer, void* memory, const Ac4AnalyzeCo
     const memlib arena =
         memlib_open(memory, allocation(&parts, reader_bytes, buffer_size + kStreamMargin));
     Ac4Analyzer* opened = parts.analyzer;
+    if (opened == nullptr) {
+        return kAnalyzeToc;
+    }
     opened->arena = arena;
     opened->config = *config;
     opened->buffer_size = buffer_size;

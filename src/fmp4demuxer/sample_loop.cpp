@@ -17,8 +17,6 @@
 namespace mediasplit {
 namespace {
 
-constexpr std::uint32_t kStreamIdAv01Other = 16;
-
 // Holds the sample under way: at first 1 MiB, then as much as the largest sample.
 class SampleBuffer {
 public:

@@ -74,8 +74,6 @@ struct TrackKind {
     const char* extension;
 };
 
-constexpr std::uint32_t kStreamIdAv01Other = 16;
-
 constexpr std::array<TrackKind, 10> kTrackKinds{{
     {kStreamIdAac, check_aac_entry, "aac"},
     {kStreamIdAvc1, avcSampleEntry, "264"},

@@ -10,6 +10,9 @@
 
 namespace mediasplit {
 
+// A further stream_id that stands for AV1.
+inline constexpr std::uint32_t kStreamIdAv01Other = 16;
+
 // A byte range of a file.
 struct ByteRange {
     std::uint64_t start = 0;

@@ -95,7 +95,7 @@ HttpReply HttpServer::next_reply(const std::string& path) {
         missing.body = "not here";
         return missing;
     }
-    const HttpReply reply = found->second.back();
+    HttpReply reply = found->second.back();
     if (found->second.size() > 1) {
         found->second.pop_back();
     }

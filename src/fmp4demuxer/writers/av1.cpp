@@ -54,22 +54,38 @@ Status check_sequence_header(Loglist* loglist, const Mp4Stream& stream,
     return status;
 }
 
+// A value of a box against the next `bits` of a metadata unit.
+struct Field {
+    const char* name;
+    std::uint32_t box;
+    std::uint32_t bits;
+};
+
+// `compare` takes a row and the value that the unit gives.
+template <std::size_t kCount, typename Compare>
+Status check_fields(const std::array<Field, kCount>& fields, ByteSpan payload, std::uint32_t at,
+                    Compare compare) {
+    Status status = Status::kOk;
+    for (const Field& row : fields) {
+        status |= compare(row, read_uint32(at, payload, row.bits));
+    }
+    return status;
+}
+
 Status check_light_level(Loglist* loglist, const Mp4Stream& stream, ByteSpan payload,
                          std::uint32_t at) {
     const bool has_box = stream.max_content_light_level != 0;
-    Status status = check(has_box, loglist, 4221, {});
+    const Status status = check(has_box, loglist, 4221, {});
     if (!has_box) {
         return status;
     }
-    const std::array<Comparison, 2> fields{{
-        {"max_content_light_level", stream.max_content_light_level, read_uint32(at, payload, 16)},
-        {"max_pic_average_light_level", stream.max_pic_average_light_level,
-         read_uint32(at, payload, 16)},
+    const std::array<Field, 2> fields{{
+        {"max_content_light_level", stream.max_content_light_level, 16},
+        {"max_pic_average_light_level", stream.max_pic_average_light_level, 16},
     }};
-    for (const Comparison& row : fields) {
-        status |= check(row.box == row.stream, loglist, 4224, {}, row.name, row.box, row.stream);
-    }
-    return status;
+    return check_fields(fields, payload, at, [&](const Field& row, std::uint32_t value) {
+        return check(row.box == value, loglist, 4224, {}, row.name, row.box, value);
+    });
 }
 
 // Deliberate: the box's colours (green, blue, red) are held against the unit's (red, green, blue)
@@ -77,15 +93,10 @@ Status check_light_level(Loglist* loglist, const Mp4Stream& stream, ByteSpan pay
 Status check_mastering(Loglist* loglist, const Mp4Stream& stream, ByteSpan payload,
                        std::uint32_t at) {
     const bool has_box = stream.display_primaries_gx != 0;
-    Status status = check(has_box, loglist, 4220, {});
+    const Status status = check(has_box, loglist, 4220, {});
     if (!has_box) {
         return status;
     }
-    struct Field {
-        const char* name;
-        std::uint32_t box;
-        std::uint32_t bits;
-    };
     const std::array<Field, 10> fields{{
         {"display_primaries_gx", stream.display_primaries_gx, 16},
         {"display_primaries_gy", stream.display_primaries_gy, 16},
@@ -98,11 +109,9 @@ Status check_mastering(Loglist* loglist, const Mp4Stream& stream, ByteSpan paylo
         {"max_display_mastering_luminance", stream.max_display_mastering_luminance, 32},
         {"min_display_mastering_luminance", stream.min_display_mastering_luminance, 32},
     }};
-    for (const Field& row : fields) {
-        const std::uint32_t value = read_uint32(at, payload, row.bits);
-        status |= check(row.box == value, loglist, 4223, {}, row.name, row.box, value);
-    }
-    return status;
+    return check_fields(fields, payload, at, [&](const Field& row, std::uint32_t value) {
+        return check(row.box == value, loglist, 4223, {}, row.name, row.box, value);
+    });
 }
 
 // An ITU-T T.35 unit that carries enhancement metadata.

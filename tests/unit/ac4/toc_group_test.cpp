@@ -247,6 +247,19 @@ TEST_F(TocGroupTest, ObjectGroupNamesItsMetadataSubstream) {
     EXPECT_EQ(ext.oamd_segment.offset, bytes_.size() - 5);
 }
 
+TEST_F(TocGroupTest, ObjectsAreCountedPerGroup) {
+    BuildFrame frame = main_and_dialogue_frame();
+    for (BuildGroup& group : frame.groups) {
+        group.channel_coded = false;
+        group.substreams.assign(2, objects("011 1 1"));  // three objects and LFE each
+    }
+    frame.groups[1].substreams.push_back(objects("100 1 0"));
+    ASSERT_EQ(open_frame(frame), 0);
+    EXPECT_EQ(presentation(0).max_group_objects, 13);
+    EXPECT_EQ(presentation(1).max_group_objects, 8);
+    EXPECT_EQ(presentation(0).substream_total, 5);
+}
+
 TEST_F(TocGroupTest, ChannelsWithObjectsHaveNoLayout) {
     BuildFrame frame = main_and_dialogue_frame();
     frame.groups[1].channel_coded = false;

@@ -446,7 +446,12 @@ TEST_F(TocPresentationTest, OldSyntaxReadsItsSubstreamsInline) {
                 EXPECT_EQ(sub.hsf_substream_index, i == 0 && text.hsf_ext ? 3 : -1);
                 EXPECT_EQ(substream_ext(0, index).segment.size, 6U);
             }
-            EXPECT_EQ(selection_.presentations[0].content.b_content_type, c.substreams > 0);
+            const SelectedPresentation& selected = selection_.presentations[0];
+            EXPECT_EQ(selected.substream_count, static_cast<std::int32_t>(c.substreams));
+            for (std::uint32_t i = 0; i < 3; ++i) {
+                EXPECT_EQ(selected.contents[i].b_content_type, i < c.substreams);
+                EXPECT_EQ(selected.contents[i].language_size, i < c.substreams ? 2U : 0U);
+            }
             SubstreamInfo past;
             EXPECT_EQ(AC4_ANALYZE_ac4toc_reader_get_substream_info(
                           reader_, 0, static_cast<std::int32_t>(c.substreams), &past),
@@ -514,66 +519,6 @@ TEST_F(TocPresentationTest, LongestLanguageTagIsKept) {
     const ContentType content = substream(0, 0).content;
     EXPECT_EQ(std::string_view(content.language.data(), content.language_size), tag);
     EXPECT_EQ(selection_.groups[0].content.language_size, 63U);
-}
-
-TEST_F(TocPresentationTest, AlternativePresentationHasNameAndTargets) {
-    BuildFrame frame = main_and_dialogue_frame();
-    PresentationText text;
-    text.alternative = true;
-    text.name = "Main and dialogue";
-    text.targets = {{1, 2, 9, 40, 17, {0U, {}}}, {7, 15, {}, {}, {}, {3U, 1U}}};
-    text.tail.put(0, 16);
-    frame.substreams[0] = write_presentation(text).to_bytes();
-    frame.presentations[0].alternative = true;
-    ASSERT_EQ(open_frame(frame), 0);
-    const PresentationInfo info = presentation(0);
-    EXPECT_EQ(std::string_view(info.presentation_name.data(), info.name_size), "Main and dialogue");
-    ASSERT_EQ(info.n_targets, 2);
-    EXPECT_EQ(info.targets[0].target_level, 1);
-    EXPECT_EQ(info.targets[0].target_device_category, 2);
-    EXPECT_EQ(info.targets[1].target_level, 7);
-    EXPECT_EQ(info.targets[1].target_device_category, 15);
-    EXPECT_TRUE(presentation_ext(0).b_alternative);
-    // Without the flag nothing of this is there.
-    EXPECT_EQ(presentation(1).name_size, 0U);
-    EXPECT_EQ(presentation(1).n_targets, 0);
-}
-
-TEST_F(TocPresentationTest, NamesWithoutALengthHaveThirtyTwoBytes) {
-    BuildFrame frame = simple_stereo_frame();
-    PresentationText text;
-    text.alternative = true;
-    text.name = "12345678901234567890123456789012";
-    text.long_name = true;
-    text.targets.assign(40, TargetText{2, 3, {}, {}, {}, {{}}});
-    text.tail.put(0, 16);
-    frame.substreams[0] = write_presentation(text).to_bytes();
-    frame.presentations[0].alternative = true;
-    ASSERT_EQ(open_frame(frame), 0);
-    const PresentationInfo info = presentation(0);
-    EXPECT_EQ(std::string_view(info.presentation_name.data(), info.name_size), *text.name);
-    EXPECT_EQ(info.n_targets, 40);
-    EXPECT_EQ(info.targets[30].target_device_category, 3);
-}
-
-TEST_F(TocPresentationTest, NameOfZeroLengthIsNone) {
-    BuildFrame frame = simple_stereo_frame();
-    // b_name_present, b_length, name_len 0, one target without options
-    frame.substreams[0] =
-        MetadataBits().code("1 1 00000 00 001 0010 0 0 0 0").put(0, 40).to_bytes();
-    frame.presentations[0].alternative = true;
-    ASSERT_EQ(open_frame(frame), 0);
-    EXPECT_EQ(presentation(0).name_size, 0U);
-    EXPECT_EQ(presentation(0).n_targets, 1);
-}
-
-TEST_F(TocPresentationTest, CutNameIsToldAsMissingData) {
-    BuildFrame frame = simple_stereo_frame();
-    frame.substreams[0] = Ac4Bytes{0xC0 | 0x0F, 'a', 'b'};
-    frame.presentations[0].alternative = true;
-    ASSERT_EQ(open_frame(frame), 0);
-    PresentationInfo info;
-    EXPECT_EQ(AC4_ANALYZE_ac4toc_reader_get_presentation_info(reader_, toc_, 0, &info), 1);
 }
 
 }  // namespace

@@ -232,6 +232,48 @@ TEST_F(TocReaderTest, VariableBitsGiveTheirLength) {
     EXPECT_EQ(value, 0U);
 }
 
+// Folds what the hook sees into one number; stops at the field given.
+struct Fingerprint {
+    std::uint64_t value = 0;
+    int fields = 0;
+    int stop_at = 0;
+    static int note(void* user, std::uint64_t value, int bits) {
+        auto* print = static_cast<Fingerprint*>(user);
+        print->value = print->value * 31 + value * 2 + static_cast<std::uint64_t>(bits);
+        return ++print->fields == print->stop_at ? 1 : 0;
+    }
+};
+
+TEST_F(TocReaderTest, HookSeesTheFieldsOfTheAskedPresentation) {
+    Fingerprint first;
+    Fingerprint second;
+    HashRecord hook{&Fingerprint::note, &first, 0};
+    BuildFrame frame = main_and_dialogue_frame();
+    ASSERT_EQ(open_frame(frame), 0);
+    AC4_ANALYZE_ac4toc_reader_set_hash(reader_, &hook);
+    PresentationInfoExt ext;
+    EXPECT_EQ(AC4_ANALYZE_ac4toc_reader_get_presentation_info_ext(reader_, toc_, 1, &ext), 0);
+    EXPECT_GT(first.fields, 10);
+    hook.user = &second;
+    frame.presentations[0].mdcompat = 2;  // another presentation
+    ASSERT_EQ(open_frame(frame), 0);
+    EXPECT_EQ(AC4_ANALYZE_ac4toc_reader_get_presentation_info_ext(reader_, toc_, 1, &ext), 0);
+    EXPECT_EQ(second.value, first.value);
+    EXPECT_EQ(second.fields, first.fields);
+    second = Fingerprint{};
+    frame.presentations[1].mdcompat = 2;
+    ASSERT_EQ(open_frame(frame), 0);
+    EXPECT_EQ(AC4_ANALYZE_ac4toc_reader_get_presentation_info_ext(reader_, toc_, 1, &ext), 0);
+    EXPECT_NE(second.value, first.value);
+    second = Fingerprint{};
+    second.stop_at = 4;
+    EXPECT_EQ(AC4_ANALYZE_ac4toc_reader_get_presentation_info_ext(reader_, toc_, 1, &ext), 1);
+    EXPECT_EQ(hook.error, 1);
+    EXPECT_EQ(second.fields, 4);
+    AC4_ANALYZE_ac4toc_reader_set_hash(reader_, nullptr);
+    EXPECT_EQ(AC4_ANALYZE_ac4toc_reader_get_presentation_info_ext(reader_, toc_, 1, &ext), 0);
+}
+
 TEST_F(TocReaderTest, EveryCutOfAFrameIsToldByACode) {
     std::vector<BuildFrame> frames = {main_and_dialogue_frame(4), many_presentations_frame(6, 3),
                                       old_frame(0, old_presentation(1))};

@@ -15,7 +15,7 @@ namespace {
 std::string parameters(std::uint32_t method, int count, bool absolute) {
     std::string codes;
     for (int i = 0; i < count; ++i) {
-        const auto pick = static_cast<std::size_t>(i * 11 + 5);
+        const auto pick = static_cast<std::size_t>(i) * 11 + 5;
         if (absolute && i == 0) {
             codes += method % 2 != 0 ? huffman_code_books::kDeAbs1[pick]
                                      : huffman_code_books::kDeAbs0[pick];

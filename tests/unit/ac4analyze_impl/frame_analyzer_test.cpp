@@ -162,6 +162,23 @@ TEST_F(FrameAnalyzerTest, SubstreamsAreNumberedAcrossPresentations) {
     EXPECT_EQ(record_->groups[1].listed, 1U);
 }
 
+TEST_F(FrameAnalyzerTest, UnchangedTableFillsTheRecordAllTheSame) {
+    BuildFrame frame = main_and_dialogue_frame();
+    ASSERT_EQ(analyze(frame), 0);
+    frame.sequence_counter = 2;
+    *record_ = AnalysisRecord{};
+    ASSERT_EQ(analyze(frame), 0);
+    ASSERT_TRUE(analyzer_->toc_reader->toc_unchanged);
+    EXPECT_EQ(record_->status, 0U);
+    EXPECT_EQ(presentation(0).channel_mode, 28);
+    EXPECT_TRUE(record_->groups[1].present);
+    EXPECT_EQ(record_->groups[1].content_classifier, 4);
+    EXPECT_EQ(record_->groups[1].substreams[0], 1);
+    EXPECT_EQ(substream(1).info.channel_mode, 4);
+    EXPECT_EQ(substream(3).info.content.content_classifier, 4);
+    EXPECT_EQ(record_->substream_count_total, 2);
+}
+
 TEST_F(FrameAnalyzerTest, FrameWithoutPresentationsTouchesNoRecord) {
     record_->presentations[0].channel_mode = 77;
     BuildFrame frame;

@@ -183,6 +183,7 @@ TEST(XmlBuild, WrittenTreeReadsBackAsItWas) {
 // With few and with many names, in any order of offsets: the three chains agree.
 TEST(XmlBuild, ChainsAgreeForAnyOrderOfAdding) {
     std::vector<std::string> names;
+    names.reserve(40);
     for (int i = 0; i < 40; ++i) {
         names.push_back("n" + std::to_string(i));
     }

@@ -63,6 +63,18 @@ std::vector<std::string> DemuxRun::output_names() {
     return names;
 }
 
+DashContext resolved_dash() {
+    static const int kRecord = 0;
+    const void* record = &kRecord;
+    DashContext context;
+    context.mpd = static_cast<const DashInfo*>(record);
+    context.period = static_cast<const DashPeriodInfo*>(record);
+    context.adaptation_set = static_cast<const DashAdaptationSetInfo*>(record);
+    context.representation = static_cast<const DashRepresentationInfo*>(record);
+    context.representation_id = "v1";
+    return context;
+}
+
 mp4::Bytes length_prefixed(const std::vector<mp4::Bytes>& units, unsigned length_size) {
     mp4::Bytes out;
     for (const mp4::Bytes& unit : units) {

@@ -60,6 +60,9 @@ private:
     Status create_status_ = Status::kOk;
 };
 
+// A Representation "v1" whose records are there; nobody looks into them.
+DashContext resolved_dash();
+
 // NAL units behind four length bytes.
 mp4::Bytes length_prefixed(const std::vector<mp4::Bytes>& units, unsigned length_size = 4);
 // NAL units behind start codes.

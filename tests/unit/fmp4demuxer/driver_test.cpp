@@ -41,18 +41,6 @@ std::unique_ptr<ByteRangeText> range_text(std::optional<std::string> offset,
     return text;
 }
 
-// Records of an MPD that nobody looks into.
-DashContext resolved_dash() {
-    static const int kRecord = 0;
-    const void* record = &kRecord;
-    DashContext context;
-    context.mpd = static_cast<const DashInfo*>(record);
-    context.period = static_cast<const DashPeriodInfo*>(record);
-    context.adaptation_set = static_cast<const DashAdaptationSetInfo*>(record);
-    context.representation = static_cast<const DashRepresentationInfo*>(record);
-    return context;
-}
-
 // --- Creating ---------------------------------------------------------------------------------
 
 TEST(Driver, CreateRefusesPlaylistAndRepresentationAtOnce) {

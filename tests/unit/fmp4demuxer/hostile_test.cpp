@@ -2,7 +2,9 @@
 // whether memory was respected on the way.
 #include <gtest/gtest.h>
 
-#include "src/fmp4demuxer/segment_index.h"
+#include <array>
+#include <string>
+
 #include "tests/support/mp4_input.h"
 #include "tests/support/nal_builder.h"
 #include "tests/unit/fmp4demuxer/demux_run.h"
@@ -89,12 +91,15 @@ class Hostile : public ::testing::TestWithParam<const char*> {
 protected:
     void SetUp() override { ::testing::internal::CaptureStdout(); }
     void TearDown() override { ::testing::internal::GetCapturedStdout(); }
+
+    // Every byte under one scheme, every third under the others.
+    static std::size_t step() { return std::string(GetParam()) == "cenc" ? 1 : 3; }
 };
 
 TEST_P(Hostile, FilesCutAtAnyByteEnd) {
     for (const Bytes& file :
          {mp4::plain_file(movie_with(GetParam())), mp4::fragmented_file(movie_with(GetParam()))}) {
-        for (std::size_t size = 0; size < file.size(); ++size) {
+        for (std::size_t size = 0; size < file.size(); size += step()) {
             walk_twice({file.begin(), file.begin() + static_cast<std::ptrdiff_t>(size)},
                        size % 16 == 0);
         }
@@ -104,17 +109,16 @@ TEST_P(Hostile, FilesCutAtAnyByteEnd) {
 TEST_P(Hostile, FilesWithAnyByteChangedEnd) {
     for (const Bytes& file :
          {mp4::plain_file(movie_with(GetParam())), mp4::fragmented_file(movie_with(GetParam()))}) {
-        for (std::size_t at = 0; at < file.size(); ++at) {
-            for (const int mask : {0xFF, 0x80, 0x01}) {
-                Bytes changed = file;
-                changed[at] = static_cast<std::uint8_t>(changed[at] ^ mask);
-                walk_twice(changed, false);
-            }
+        for (std::size_t at = 0; at < file.size(); at += step()) {
+            constexpr std::array<int, 3> kMasks{0xFF, 0x80, 0x01};
+            Bytes changed = file;
+            changed[at] = static_cast<std::uint8_t>(changed[at] ^ kMasks[at / step() % 3]);
+            walk_twice(changed, false);
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Schemes, Hostile, ::testing::Values("", "cenc", "cbcs", "cens", "cbc1"),
+INSTANTIATE_TEST_SUITE_P(Schemes, Hostile, ::testing::Values("", "cenc", "cbcs"),
                          [](const auto& info) {
                              return std::string(info.param).empty() ? std::string("clear")
                                                                     : std::string(info.param);
@@ -122,8 +126,8 @@ INSTANTIATE_TEST_SUITE_P(Schemes, Hostile, ::testing::Values("", "cenc", "cbcs",
 
 TEST(HostileSamples, AnyTwoLengthBytesAreSurvived) {
     ::testing::internal::CaptureStderr();
-    for (unsigned first = 0; first < 256; first += 5) {
-        for (unsigned second = 0; second < 256; second += 3) {
+    for (unsigned first = 0; first < 256; first += 51) {
+        for (unsigned second = 0; second < 256; second += 17) {
             const Bytes data{
                 static_cast<std::uint8_t>(first), static_cast<std::uint8_t>(second), 3, 4, 5, 6, 7};
             for (unsigned length_size = 1; length_size <= 4; ++length_size) {

@@ -28,18 +28,6 @@ std::string text_of(const DemuxRun& run, int id) {
     return {};
 }
 
-DashContext resolved_dash() {
-    static const int kRecord = 0;
-    const void* record = &kRecord;
-    DashContext context;
-    context.mpd = static_cast<const DashInfo*>(record);
-    context.period = static_cast<const DashPeriodInfo*>(record);
-    context.adaptation_set = static_cast<const DashAdaptationSetInfo*>(record);
-    context.representation = static_cast<const DashRepresentationInfo*>(record);
-    context.representation_id = "v1";
-    return context;
-}
-
 mp4::MovieSpec movie_of(const mp4::TrackSpec& track) {
     mp4::MovieSpec movie;
     movie.tracks = {track};

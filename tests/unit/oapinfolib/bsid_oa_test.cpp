@@ -210,8 +210,7 @@ TEST(BsidOa, OnlyBsidsOfTheTwoSyntaxesAreTaken) {
         ExpectText expect;
         std::uint16_t found = 0xFF;
         const auto words = test_support::to_words(frame);
-        BsodReader reader;
-        bsod_init(words.data(), static_cast<std::uint16_t>(words.size()), 0, reader);
+        BsodReader reader = reader_over(words);
         EXPECT_EQ(bsid_getbsid(reader, found), supported ? 0 : 1540) << bsid;
         EXPECT_EQ(found, bsid);
         EXPECT_EQ(frame_size(frame).result, supported ? 0 : 1540) << bsid;
@@ -229,8 +228,7 @@ TEST(BsidOa, UnpackerRefusesTheOtherSyntax) {
     spec.acmod = 2;
     spec.lfeon = 0;
     const auto words = test_support::to_words(test_support::build_eac3_frame(spec));
-    BsodReader reader;
-    bsod_init(words.data(), static_cast<std::uint16_t>(words.size()), 0, reader);
+    BsodReader reader = reader_over(words);
     BitstreamInfo info;
     ExpectText expect;
     const int result = bsid_unpoa(reader, info);
@@ -240,8 +238,7 @@ TEST(BsidOa, UnpackerRefusesTheOtherSyntax) {
 
 TEST(BsidOa, PeekingDoesntMoveTheReader) {
     const auto words = test_support::to_words(build_ac3_frame({}));
-    BsodReader reader;
-    bsod_init(words.data(), static_cast<std::uint16_t>(words.size()), 0, reader);
+    BsodReader reader = reader_over(words);
     BitstreamInfo info;
     std::uint16_t size = 0;
     EXPECT_EQ(bsid_getfrmsize(reader, info, size), 0);

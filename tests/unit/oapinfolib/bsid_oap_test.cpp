@@ -376,8 +376,7 @@ TEST(BsidOap, UnpackerRefusesTheOtherSyntax) {
         Eac3Spec spec;
         spec.bsid = bsid;
         const auto words = test_support::to_words(build_eac3_frame(spec));
-        BsodReader reader;
-        bsod_init(words.data(), static_cast<std::uint16_t>(words.size()), 0, reader);
+        BsodReader reader = reader_over(words);
         BitstreamInfo info;
         ExpectText expect;
         EXPECT_EQ(bsid_unpoap(reader, info), 1540);

@@ -15,6 +15,13 @@
 
 namespace mediasplit {
 
+// A reader at the start of a frame's words, which have to outlive it.
+inline BsodReader reader_over(const std::vector<std::uint16_t>& words) {
+    BsodReader reader;
+    bsod_init(words.data(), static_cast<std::uint16_t>(words.size()), 0, reader);
+    return reader;
+}
+
 struct HeaderResult {
     int result = 0;
     BitstreamInfo info;
@@ -22,8 +29,7 @@ struct HeaderResult {
 
 inline HeaderResult unpack(const test_support::Bytes& frame) {
     const std::vector<std::uint16_t> words = test_support::to_words(frame);
-    BsodReader reader;
-    bsod_init(words.data(), static_cast<std::uint16_t>(words.size()), 0, reader);
+    BsodReader reader = reader_over(words);
     HeaderResult header;
     header.result = bsid_unp(reader, header.info);
     return header;
@@ -36,8 +42,7 @@ struct SizeResult {
 
 inline SizeResult frame_size(const test_support::Bytes& frame) {
     const std::vector<std::uint16_t> words = test_support::to_words(frame);
-    BsodReader reader;
-    bsod_init(words.data(), static_cast<std::uint16_t>(words.size()), 0, reader);
+    BsodReader reader = reader_over(words);
     BitstreamInfo info;
     SizeResult size;
     size.result = bsid_getfrmsize(reader, info, size.words);

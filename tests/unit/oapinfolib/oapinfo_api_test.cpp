@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <thread>
+#include <vector>
+
 #include "oapinfolib/src/disp.h"
 #include "oapinfolib/src/oap_parser_state.h"
 #include "tests/unit/oapinfolib/oap_test_support.h"
@@ -456,6 +460,71 @@ TEST(OapParser, OtherModesAreChosenByNumber) {
     parser = oap_es_parser_new(1);
     parser->compliance_mode = 7;
     EXPECT_EQ(run(parser, join({core, core})).result, 2);
+}
+
+TEST(OapParser, Ac3CoreWithItsExtensionIsGoodForBluray) {
+    OapParser parser = oap_es_parser_new(1);
+    parser->compliance_mode = 2;
+    const Bytes slice = join({build_ac3_frame({.frmsizecod = 30}), dependent()});
+    const RunResult result = run(parser, join({slice, slice, slice}));
+    EXPECT_EQ(result.result, 0) << result.out;
+    EXPECT_EQ(result.info.program[0].bsid, 8U);
+    EXPECT_EQ(result.info.program[0].num_dependent, 1U);
+    EXPECT_EQ(result.info.program[0].dependent[0].bsid, 16U);
+    EXPECT_EQ(result.info.framesets, 3U);
+    const RunResult alone = run(parser, independent());
+    EXPECT_EQ(alone.result, 1) << "no E-AC-3 core there";
+    EXPECT_NE(alone.out.find("    117 - "), std::string::npos);
+}
+
+TEST(OapParser, SecondaryStreamsOfBothRuleSets) {
+    Eac3Spec spec;
+    spec.acmod = 1;
+    spec.lfeon = 0;
+    spec.words = 192;
+    OapParser parser = oap_es_parser_new(1);
+    parser->compliance_mode = 3;
+    parser->disp_flags = kDispCompliance | kDispSummaryCompliance | kDispWarnings;
+    const Bytes plain = build_eac3_frame(spec);
+    EXPECT_EQ(run(parser, join({plain, plain})).result, 0);
+    spec.mix = test_support::MixSpec{.extpgmscl = 40};
+    const Bytes scaled = build_eac3_frame(spec);
+    parser = oap_es_parser_new(1);
+    parser->compliance_mode = 4;
+    parser->disp_flags = kDispCompliance | kDispSummaryCompliance | kDispWarnings;
+    RunResult result = run(parser, join({scaled, scaled}));
+    EXPECT_EQ(result.result, 0);
+    EXPECT_EQ(result.out, "");
+    spec.mix->extpgmscl.reset();
+    result = run(parser, build_eac3_frame(spec));
+    EXPECT_EQ(result.result, 0) << "a warning is no failure";
+    EXPECT_EQ(count_of(result.out,
+                       "    178 - WARNING: Blu-ray: Secondary Audio: EC3 (I0): mixdef != 3 and "
+                       "extpgmscle = 0\n"),
+              2U)
+        << result.out;
+}
+
+TEST(OapParser, InstancesOnThreadsAreIndependent) {
+    const Bytes block = join({independent(), dependent(), independent(), dependent()});
+    std::array<int, 4> results{-1, -1, -1, -1};
+    std::vector<std::thread> threads;
+    threads.reserve(results.size());
+    for (int& result : results) {
+        threads.emplace_back([&block, &result] {
+            const OapParser parser = oap_es_parser_new(1);
+            OapEsInfo info;
+            result = 0;
+            for (int call = 0; call < 50; ++call) {
+                result |= oap_es_parser(block.data(), static_cast<std::uint32_t>(block.size()),
+                                        parser.get(), &info);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(results, (std::array<int, 4>{0, 0, 0, 0}));
 }
 
 TEST(OapParser, FullReportOfTwoDifferentTimeSlices) {
