@@ -173,6 +173,7 @@ TEST_F(Generator, ConfigOfEachType) {
 TEST_F(Generator, TypeWithoutConfigIsInvalid) {
     BuildFrame frame = simple_stereo_frame();
     frame.presentations[0].config = 9;
+    frame.groups.clear();
     EXPECT_EQ(update(frame), 5U);
     EXPECT_EQ(presentation().presentation_config_v1, 255U);
     EXPECT_TRUE(presentation().groups.empty());

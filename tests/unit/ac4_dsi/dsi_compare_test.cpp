@@ -133,13 +133,13 @@ std::vector<Case> cases() {
         {4461, in_substream(1, [](S& s) { s.b_substream_contains_bed_objects = 0; })},
         {4462, in_substream(1, [](S& s) { s.b_substream_contains_dynamic_objects = 1; })},
         {4463, in_substream(1, [](S& s) { s.b_substream_contains_ISF_objects = 1; })},
-        {4464, in_group(0, [](G& g) { g.b_content_type = 0; })},
-        {4465, in_group(0, [](G& g) { g.content_classifier = 0; })},
+        {4464, in_group(2, [](G& g) { g.b_content_type = 0; })},
+        {4465, in_group(2, [](G& g) { g.content_classifier = 0; })},
         {4467, in_presentation([](P& p) { p.b_pre_virtualized = 0; })},
         {4468, in_presentation([](P& p) { p.b_add_emdf_substreams = 0; })},
         {4469, in_presentation([](P& p) { p.n_add_emdf_substreams = 1; })},
-        {4470, in_presentation([](P& p) { p.emdf_substreams[1].emdf_version = 0; })},
-        {4471, in_presentation([](P& p) { p.emdf_substreams[1].substream_key_id = 0; })},
+        {4470, in_presentation([](P& p) { p.emdf_substreams[0].emdf_version = 0; })},
+        {4471, in_presentation([](P& p) { p.emdf_substreams[0].substream_key_id = 0; })},
         {4472, in_presentation([](P& p) { p.b_presentation_bitrate_info = 0; })},
         {4473, in_presentation([](P& p) { p.orvel_sphere_indicator = 0; })},
     };
@@ -423,7 +423,7 @@ TEST(DsiComparison, MissingPartsOfACutBoxCompareAsZero) {
     box.presentations[0].emdf_substreams.clear();
     const Compared compared = compare(stream, box);
     EXPECT_EQ(compared.ids, (Ids{4457, 4458, 4460, 4462,  // second substream of the second group
-                                 4454, 4464,              // the third group
+                                 4454, 4464, 4465,        // the third group
                                  4470, 4471, 4470, 4471}));
     box.presentations.clear();
     EXPECT_EQ(compare(stream, box).ids, Ids{4418});

@@ -44,7 +44,7 @@ TEST(DsiParser, ReadsAStereoBoxWrittenByHand) {
     MetadataBits bits;
     bits.code("001").code("0000010").code("1").code("1101").code("000000001").code("0");
     bits.code("00").put(0, 32).put(0xFFFFFFFF, 32).align();
-    bits.put(1, 8).put(16, 8);
+    bits.put(1, 8).put(18, 8);
     bits.code("11111").code("001").code("0").code("00").code("00").code("00000").put(0, 10);
     bits.code("1").code("00001").put(1, 24).code("0").code("0");
     bits.code("1").code("0").code("1").put(1, 8).code("00").code("0").put(1, 24);
@@ -61,7 +61,8 @@ TEST(DsiParser, ReadsAStereoBoxWrittenByHand) {
     const DsiPresentation& presentation = record.presentations[0];
     EXPECT_FALSE(presentation.bad);
     EXPECT_EQ(presentation.version, 1U);
-    EXPECT_EQ(presentation.pres_bytes, 16U);
+    EXPECT_EQ(presentation.pres_bytes, 18U);
+    EXPECT_EQ(presentation.presentation_bytes, 18U);
     EXPECT_EQ(presentation.presentation_config_v1, 31U);
     EXPECT_EQ(presentation.mdcompat, 1U);
     EXPECT_EQ(presentation.dsi_presentation_ch_mode, 1U);

@@ -58,6 +58,7 @@ TEST_F(EsParser, FrameThatCannotBeAnalyzedIsToldOnStandardOutput) {
 TEST_F(EsParser, WarningOfTheGeneratorFailsTheFirstSampleOnly) {
     BuildFrame frame = simple_stereo_frame();
     frame.presentations[0].config = 7;  // a type without a configuration of its own
+    frame.groups.clear();
     EXPECT_EQ(feed(frame), Status::kFailed);
     EXPECT_EQ(lines_, "Internal error of orv_ac4descgen_update_AC4SampleEntry: 5\n");
     EXPECT_EQ(feed(frame, 2), Status::kOk);
@@ -93,6 +94,7 @@ TEST_F(EsParser, OldBitstreamVersionsAreDeprecated) {
         BuildSubstream substream;
         substream.index = 1;
         frame.presentations[0].substreams = {substream};
+        frame.substreams = {{}, {}};
         sink_.clear();
         EXPECT_EQ(feed(frame), Status::kRuleBroken) << lines_;
         EXPECT_EQ(sink_.ids(), Ids{4488});
