@@ -240,11 +240,12 @@ TEST_F(LocalStream, IframeListIsNotDemultiplexed) {
 
 // A transport stream whose E-AC-3 frame begins `late` ticks behind its picture.
 std::string timed_ts(std::int64_t video, std::int64_t late) {
-    // ETSI EN 300 468 D.5: no component type, no further fields.
     TsBuilder stream = one_program({{0x1B, 257}, {0x87, 258}});
     PesDescription picture;
     picture.pts = static_cast<std::uint64_t>(video);
     picture.payload = {0, 0, 0, 1, 9, 0x10};
+    stream.pes(257, picture);
+    picture.pts = static_cast<std::uint64_t>(video + 90000);
     stream.pes(257, picture);
     PesDescription sound;
     sound.stream_id = 0xBD;
@@ -267,7 +268,6 @@ TEST_F(LocalStream, AudioIsTimedAgainstVideoFromTheSecondTransportStreamOn) {
     (void)folder_.write("1.ts", timed_ts(270000, 2880));
     follow_local(text);
     EXPECT_EQ(sink_.count(4107), 1U);
-    EXPECT_EQ(sink_.count(4108), 1U);
     EXPECT_EQ(status_, Status::kRuleBroken);
 }
 
