@@ -21,7 +21,7 @@ struct StreamJob {
     std::optional<std::string> output_dir;
     Status status = Status::kOk;                         // to be read after the end
     std::unique_ptr<ManifestContext> manifest_context;   // playlists only; none without a master
-    std::unique_ptr<std::uint32_t> representation_flag;  // manifests only, down to key_id
+    std::unique_ptr<std::int32_t> representation_flag;  // manifests only, down to key_id
     std::string dash_scratch;
     std::int32_t format = 0;  // FormatId of the run
     std::int32_t period_index = 0;

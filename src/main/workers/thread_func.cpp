@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "src/dash_thread/dash_thread.h"
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"
 #include "src/main/workers/stream_job.h"
@@ -21,16 +22,26 @@ struct CloseStream {
 };
 using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
-// The place of the Representation player: manifests aren't followed yet, so such a job fails.
-int follow_representation(StreamJob& job, std::FILE* /*manifest*/) {
-    job.status |= Status::kFailed;
-    send_end_record(job.sync_list);
-    return 0;
+int follow_representation(StreamJob& job, std::FILE* manifest, double& live_remaining) {
+    DashJob dash;
+    dash.url = job.url;
+    dash.name = job.name;
+    dash.output_dir = job.output_dir;
+    dash.period_index = job.period_index;
+    dash.representation_id = job.representation_id;
+    dash.durations = job.sync_list;
+    dash.keypairs = g_keypairs;
+    dash.loglist = job.loglist;
+    dash.live_remaining = &live_remaining;
+    dash.reload_count = job.representation_flag.get();
+    dash.previous_publish_time = &job.dash_scratch;
+    dash.outputs = &job.outputs.registry;
+    return dash_thread(manifest, nullptr, dash, job.status);
 }
 
 int follow_stream(StreamJob& job, std::FILE* playlist, double& live_remaining) {
     if (job.format > kLastPlaylistFormat) {
-        return follow_representation(job, playlist);
+        return follow_representation(job, playlist, live_remaining);
     }
     return thread(playlist, job.url, job.name, job.output_dir, job.manifest_context.get(),
                   job.status, job.sync_list, g_keypairs, &live_remaining, job.loglist, job.outputs);
@@ -71,7 +82,8 @@ int follow_address(StreamJob& job, double& live_remaining) {
 
 std::uint32_t ThreadFunc(void* argument) {
     auto& job = *static_cast<StreamJob*>(argument);
-    const StreamLabel label(job.url);
+    const bool is_representation = job.format > kLastPlaylistFormat && job.representation_id;
+    const StreamLabel label(is_representation ? *job.representation_id : job.url);
     double live_remaining = g_tested_duration_in_live;
     const auto follow = is_url(job.url) ? follow_address : follow_local;
     while (follow(job, live_remaining) == 1) {
