@@ -50,9 +50,9 @@ Status run_ts_series_with(TsDemux demux, Loglist* loglist) {
         TsSegmentSummary summary;
         if (OpenFileEx(file.name, nullptr, 0, input) == Status::kOk) {
             status |= Logging_err_type_check(loglist, 3, {}, file.name);
-            status |= run_demux(demux, input, name, n == 0, &summary, loglist);
-            // Deliberate: after the first report of the series nothing is compared any more.
-            if (status == Status::kOk) {
+            const Status result = run_demux(demux, input, name, n == 0, &summary, loglist);
+            status |= result;
+            if (result == Status::kOk) {
                 status |= check_segment_timing(previous, summary, loglist);
             }
         }
