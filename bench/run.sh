@@ -3,6 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 for kernel in build/bench/bench/*_bench; do
-    [ -x "$kernel" ] && "$kernel" --benchmark_min_time=0.5
+    "$kernel" --benchmark_min_time=0.5
 done
-python3 bench/whole_program.py
+build/bench/bench/decryption_ratio
+python3 bench/whole_program.py --program build/bench/src/main/mediasplit "$@"

@@ -38,6 +38,9 @@ function(mediasplit_library name)
   target_link_libraries(${name} PRIVATE mediasplit_options PUBLIC ${ARG_DEPENDS})
 endfunction()
 
+# All tests that start threads: what is built and run under ThreadSanitizer.
+add_custom_target(threaded_tests)
+
 # mediasplit_test(<name> SOURCES <files...> [DEPENDS <targets...>] [LABELS <labels...>])
 # One GoogleTest program, run as one ctest test.
 function(mediasplit_test name)
@@ -52,6 +55,9 @@ function(mediasplit_test name)
     Threads::Threads)
   add_test(NAME ${name} COMMAND ${name}_test)
   set_tests_properties(${name} PROPERTIES LABELS "${ARG_LABELS}" TIMEOUT 1200)
+  if("threads" IN_LIST ARG_LABELS)
+    add_dependencies(threaded_tests ${name}_test)
+  endif()
 endfunction()
 
 # mediasplit_fuzzer(<name> SOURCE <file> [DEPENDS <targets...>])

@@ -22,7 +22,7 @@ build() {
     local options=("${launcher[@]}")
     [ "$1" = release ] && options+=(-DMEDIASPLIT_TESTS=ON)
     cmake --preset "$1" "${options[@]}" >/dev/null
-    cmake --build --preset "$1" -j "$jobs" -- --quiet
+    cmake --build --preset "$1" -j "$jobs" ${2:+--target "$2"} -- --quiet
 }
 
 for stage in $stages; do
@@ -34,7 +34,7 @@ for stage in $stages; do
             ctest --test-dir "build/$stage" --output-on-failure -j "$jobs" --no-tests=error
             ;;
         tsan)
-            build tsan
+            build tsan threaded_tests
             echo "== tsan: threaded tests"
             ctest --test-dir build/tsan --output-on-failure -L threads --no-tests=error
             ;;
