@@ -22,7 +22,7 @@ struct Ec3Track {
     std::uint32_t time_scale = 48000;
     std::string handler = "soun";
     bool has_smhd = true;
-    std::optional<Bytes> dec3 = mp4::hex("0c00 20 0f 00");  // 384 kbit/s, 3/2 with LFE
+    std::optional<Bytes> dec3 = mp4::hex("0600 20 0f 00");  // 192 kbit/s, 3/2 with LFE
     std::optional<std::size_t> reserved_at{};               // byte of the entry that isn't zero
     std::vector<Eac3Spec> frames = {Eac3Spec{}, Eac3Spec{}};
 };
@@ -122,13 +122,13 @@ TEST(Ec3Entry, MissingBoxSkipsTheRowsThatNeedIt) {
 
 TEST(Ec3Entry, ReservedBitsOfTheBoxAreZero) {
     Ec3Track track;
-    track.dec3 = mp4::hex("0c00 21 0f 00");
+    track.dec3 = mp4::hex("0600 21 0f 00");
     EXPECT_EQ(ids_of(track), std::vector<int>{4300});
 }
 
 TEST(Ec3Entry, ShortBoxHasAnInvalidSize) {
     Ec3Track track;
-    track.dec3 = mp4::hex("0c00 20 0f");
+    track.dec3 = mp4::hex("0600 20 0f");
     EXPECT_EQ(ids_of(track), std::vector<int>{4301});
 }
 
@@ -187,7 +187,7 @@ ManifestContext playlist_with(const char* channels) {
 
 Ec3Track joc_track() {
     Ec3Track track;
-    track.dec3 = mp4::hex("0c00 20 0f 00 01 10");
+    track.dec3 = mp4::hex("0600 20 0f 00 01 10");
     for (Eac3Spec& frame : track.frames) {
         frame.addbsi = Bytes{1, 16};
     }

@@ -25,6 +25,10 @@ BuildFrame frame_of_mode(const std::string& mode, const std::string& immersive =
     BuildFrame frame = simple_stereo_frame();
     frame.groups[0].substreams[0].mode = mode;
     frame.groups[0].substreams[0].immersive = immersive;
+    // add_ch_base is there for the modes 7.X with wide or top channels alone.
+    if (mode.size() == 7 && mode >= ac4_mode::k70Wide) {
+        frame.groups[0].substreams[0].add_ch_base = false;
+    }
     return frame;
 }
 
