@@ -291,6 +291,7 @@ TEST(PackedAudio, OutputThatCannotBeMadeFailsTheSegmentAndChecksGoOn) {
 std::string codec_message(const Bytes& audio, const std::optional<std::string>& codecs, int id) {
     PackedRun run;
     run.context.codecs = codecs;
+    run.context.channels_text = "2";
     const Status status = run.segment(joined({id3_tag(1), audio}));
     EXPECT_FALSE(has_failed(status));
     EXPECT_EQ(status == Status::kRuleBroken, run.sink.count(id) != 0);
