@@ -11,12 +11,11 @@ using DashThread = DashRun;
 
 TEST_F(DashThread, TextThatIsNoManifestFails) {
     play("");
-    EXPECT_EQ(ids(), Ids{4024});
-    EXPECT_EQ(texts(4024)[0], "Fail to parse the MPD: stream.mpd");
+    EXPECT_EQ(ids(), Ids{4026});
     EXPECT_TRUE(has_failed(status_));
     EXPECT_EQ(take_timing().size(), 1U);
     play("<PMD/>");
-    EXPECT_EQ(ids(), (Ids{4024, 4026}));
+    EXPECT_EQ(ids(), (Ids{4026, 4026}));
     EXPECT_EQ(take_timing().size(), 1U);
     EXPECT_EQ(result_, 0);
 }

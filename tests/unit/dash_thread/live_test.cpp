@@ -169,7 +169,7 @@ TEST_F(Live, ManifestThatCannotBeParsedOnReloadFails) {
     play_address("");
     EXPECT_EQ(result_, 0);
     EXPECT_TRUE(has_failed(status_));
-    EXPECT_EQ(ids().back(), 4024);
+    EXPECT_EQ(ids().back(), 4026);
     ASSERT_EQ(take_timing().size(), 1U);
 }
 
