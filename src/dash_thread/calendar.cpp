@@ -238,10 +238,12 @@ std::int64_t net_parse_date(OptText text) {
     if (!date) {
         return -1;
     }
+    constexpr std::int64_t kLastYear = 1000000;  // keeps all sums far below 64 bits
     constexpr double kMostSeconds = 1e9;
     const double seconds = std::clamp(date->seconds, -kMostSeconds, kMostSeconds);
     BrokenDownTime& time = date->time;
     time.month = time.month == 0 ? month_of(date->month_name) : time.month;
+    time.year = std::clamp(time.year, -kLastYear, kLastYear);
     time.year += time.year > kLargestShortYear ? 0 : 1900;
     time.second = static_cast<std::int64_t>(seconds);
     std::int64_t result = mktime_utc(time);

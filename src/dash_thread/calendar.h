@@ -24,8 +24,8 @@ bool leap_year(std::int64_t year);
 std::int64_t mktime_utc(const BrokenDownTime& time);
 
 // Milliseconds since 1970-01-01 of a date in one of six forms (ISO 8601 with "Z", "-hh:mm" or
-// "+hh:mm"; RFC 1123, RFC 850 and asctime() dates). -1 for any other text, 1 for the dates 0 and -1
-// seconds after that day's start.
+// "+hh:mm"; RFC 1123, RFC 850 and asctime() dates). -1 for any other text, 1 for the start of
+// 1970-01-01 and for the second ahead of it.
 // Deliberate: an offset of "+hh:mm" is added and one of "-hh:mm" is taken away.
 std::int64_t net_parse_date(OptText text);
 

@@ -12,6 +12,7 @@
 #include "src/dash_thread/media_segment.h"
 #include "src/dash_thread/player_clock.h"
 #include "src/dash_thread/walk.h"
+#include "src/file_util/path_names.h"
 #include "src/fmp4demuxer/dash_context.h"
 #include "src/fmp4demuxer/fmp4demux.h"
 #include "src/log/logging.h"
@@ -113,6 +114,17 @@ std::optional<std::string> find_key(OptText keypairs, OptText key_id) {
     return key ? std::optional<std::string>(*key) : std::nullopt;
 }
 
+// The name of the initialization segment: of a template, with the Representation's values in it.
+std::optional<std::string> output_suffix(const DashPlayer& player,
+                                         const DashRepresentationInfo* representation) {
+    std::string name;
+    const bool is_template = player.segment_type == SegmentElementType::kTemplate;
+    const int result = is_template && representation != nullptr && representation->init_segment_url
+                           ? splitfilename(representation->init_segment_url, name)
+                           : get_init_segment_filename(player, name);
+    return result == 0 ? std::optional(std::move(name)) : std::nullopt;
+}
+
 // One reading of the manifest.
 struct Reading {
     EzxmlPtr root;
@@ -168,11 +180,8 @@ int dash_thread(std::FILE* file, OptText text, const DashJob& job, Status& statu
     if (has_checkpoint_set(job.loglist, kBroadcastRules)) {
         status |= broadcast_mpd_validation(*reading.info, job.loglist);
     }
-    std::optional<std::string> suffix;
-    if (std::string name; get_init_segment_filename(player, name) == 0) {
-        suffix = std::move(name);
-    }
     const DashRepresentationInfo* const representation = first_representation(*reading.info);
+    const auto suffix = output_suffix(player, representation);
     const auto key = representation == nullptr
                          ? std::nullopt
                          : find_key(job.keypairs, representation->default_kid);
