@@ -111,9 +111,9 @@ TEST(StreamSelection, NameHoldsTheBandwidth) {
 TEST(StreamSelection, LongNameIsReportedAndCut) {
     const Bytes bytes = one_program({{0x1B, kVideo, {}}}).bytes();
     // The stem is the prefix and "_PID_257".
-    const TsRun longest = demux(bytes, {.name_prefix = std::string(200, 'n')});
+    const TsRun longest = demux(bytes, {.name_prefix = std::string(230, 'n')});
     EXPECT_EQ(longest.count(4079), 0U);
-    EXPECT_EQ(names(longest), Names{std::string(200, 'n') + "_PID_257.out.h264"});
+    EXPECT_EQ(names(longest), Names{std::string(230, 'n') + "_PID_257.out.h264"});
     const TsRun cut = demux(bytes, {.name_prefix = std::string(241, 'n')});
     EXPECT_EQ(cut.count(4079), 1U);
     ASSERT_EQ(cut.files.size(), 1U);
