@@ -1,9 +1,9 @@
 #include "base/osal.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 #include <sched.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
