@@ -9,7 +9,8 @@ from media_support import MEDIASPLIT, PATIENCE, MediaCase, ffmpeg
 
 class ElementaryStreams(MediaCase):
     def encode(self, name, channels):
-        ffmpeg("-f", "lavfi", "-i", "sine=f=440:r=48000:d=2", "-c:a", "eac3", "-ac", str(channels), self.path(name))
+        ffmpeg("-f", "lavfi", "-i", "sine=f=440:r=48000:d=2", "-c:a", "eac3", "-ac", str(channels), "-f",
+               "eac3", self.path(name))
 
     def lines(self, name):
         done = subprocess.run([os.path.abspath(MEDIASPLIT), "-i", name, "-o", "out"], cwd=self.folder,
