@@ -108,7 +108,8 @@ std::optional<std::string> fgetline(std::size_t size, std::FILE* file) {
     }
     std::string line;
     int c = EOF;
-    while (line.size() + 1 < size && (c = std::getc(file)) != EOF) {
+    // A file belongs to one thread; locking it for each character would take most of the time.
+    while (line.size() + 1 < size && (c = getc_unlocked(file)) != EOF) {
         line += static_cast<char>(c);
         if (c == '\n') {
             break;
