@@ -17,7 +17,8 @@ constexpr std::uint64_t kMaxTagSize = 0x200000;
 
 constexpr std::size_t kOwnerAt = 10;  // behind the frame's own header
 // With its ending zero.
-constexpr std::string_view kOwner{"com.apple.streaming.transportStreamTimestamp", 45};
+constexpr char kOwnerText[] = "com.apple.streaming.transportStreamTimestamp";
+constexpr std::string_view kOwner{kOwnerText, sizeof kOwnerText};
 constexpr std::size_t kTimeStampAt = kOwnerAt + kOwner.size();
 constexpr std::size_t kTimeStampSize = 8;
 
