@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/ts_builder.h"
 #include "tests/unit/hls_worker/stream_run.h"
 
 namespace mediasplit {
@@ -154,9 +155,10 @@ TEST_F(LocalStream, DiscontinuityWithoutContextFailsDeliberately) {
 TEST_F(LocalStream, ChannelsAreReadOnlyWithADiscontinuity) {
     context_.emplace();
     context_->channels_text = "16/JOC,-";
-    follow_local("#EXTINF:2,\n0.ts\n");
+    const std::string text = "#EXT-X-MAP:URI=\"init.mp4\"\n#EXTINF:2,\n0.m4s\n";
+    follow_local(text);
     EXPECT_EQ(ids(), Ids{});
-    follow_local("#EXT-X-DISCONTINUITY-SEQUENCE:1\n#EXTINF:2,\n0.ts\n");
+    follow_local("#EXT-X-DISCONTINUITY-SEQUENCE:1\n" + text);
     EXPECT_EQ(ids(), (Ids{4103, 2020}));
 }
 
@@ -234,6 +236,39 @@ TEST_F(LocalStream, IframeListIsNotDemultiplexed) {
     EXPECT_EQ(texts(3), (std::vector<std::string>{"init.mp4:", "0.m4s:", "1.m4s:", "0.ts:"}));
     EXPECT_EQ(output(kData), "");
     EXPECT_EQ(output(kAdts), "");
+}
+
+// A transport stream whose E-AC-3 frame begins `late` ticks behind its picture.
+std::string timed_ts(std::int64_t video, std::int64_t late) {
+    TsBuilder stream = one_program({{0x1B, 257}, {0x87, 258}});
+    PesDescription picture;
+    picture.pts = static_cast<std::uint64_t>(video);
+    picture.payload = {0, 0, 0, 1, 9, 0x10};
+    stream.pes(257, picture);
+    picture.pts = static_cast<std::uint64_t>(video + 90000);
+    stream.pes(257, picture);
+    PesDescription sound;
+    sound.stream_id = 0xBD;
+    sound.bounded = false;  // the frame isn't looked at
+    sound.pts = static_cast<std::uint64_t>(video + late);
+    sound.payload = {0x0B, 0x77};
+    stream.pes(258, sound);
+    return as_text(stream.bytes());
+}
+
+TEST_F(LocalStream, AudioIsTimedAgainstVideoFromTheSecondTransportStreamOn) {
+    const std::string text = "#EXTINF:2,\n0.ts\n#EXTINF:2,\n1.ts\n";
+    (void)folder_.write("0.ts", timed_ts(90000, -1));
+    (void)folder_.write("1.ts", timed_ts(270000, 0));
+    follow_local(text);
+    EXPECT_EQ(sink_.count(4106) + sink_.count(4107), 0U);
+    (void)folder_.write("1.ts", timed_ts(270000, -1));
+    follow_local(text);
+    EXPECT_EQ(sink_.count(4106), 1U);
+    (void)folder_.write("1.ts", timed_ts(270000, 2880));
+    follow_local(text);
+    EXPECT_EQ(sink_.count(4107), 1U);
+    EXPECT_EQ(status_, Status::kRuleBroken);
 }
 
 TEST_F(LocalStream, KeyOfTheDataAddressIsLookedUp) {
