@@ -50,8 +50,8 @@ Status report_missing(const DashPlayer& player, const std::string& url, Loglist*
     if (player.minimum_update_period_ms != kNoTime && player.reload_count != nullptr) {
         played += *player.reload_count * player.minimum_update_period_ms / kMillisecondsPerSecond;
     }
-    const LogContext context{0, player.representation_id.value_or("")};
-    return Logging_err_type_check(loglist, 2009, context, player.representation_id, played);
+    const std::string id = player.representation_id.value_or("");
+    return Logging_err_type_check(loglist, 2009, LogContext{0, id}, id, played);
 }
 
 SegmentFileResult open_segment(DashPlayer& player, const std::string& url, Status& status,

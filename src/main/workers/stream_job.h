@@ -19,8 +19,8 @@ struct StreamJob {
     std::string url;   // playlist of the stream, or the manifest; local path or address
     std::string name;  // base name of the output files
     std::optional<std::string> output_dir;
-    Status status = Status::kOk;                         // to be read after the end
-    std::unique_ptr<ManifestContext> manifest_context;   // playlists only; none without a master
+    Status status = Status::kOk;                        // to be read after the end
+    std::unique_ptr<ManifestContext> manifest_context;  // playlists only; none without a master
     std::unique_ptr<std::int32_t> representation_flag;  // manifests only, down to key_id
     std::string dash_scratch;
     std::int32_t format = 0;  // FormatId of the run

@@ -163,9 +163,9 @@ TEST_F(DashFlow, Ac4AndVideoAreTimedAgainstEachOther) {
     };
     add("b_1.mp4", [] {
         std::string bytes = segment(1);
-        // The sample's duration, 2000 ms, becomes 3000 ms.
+        // The duration of the sample, 2000 ms, becomes 3000 ms.
         const std::string told("\0\0\x07\xD0", 4);
-        return bytes.replace(bytes.find(told), 4, std::string("\0\0\x0B\xB8", 4));
+        return bytes.replace(bytes.rfind(told), 4, std::string("\0\0\x0B\xB8", 4));
     }());
     (void)run_local(codecs(R"(codecs="ac-4.02.01.00")", R"(mimeType="video/mp4")"));
     ASSERT_EQ(sink_.count(4110), 1U);
