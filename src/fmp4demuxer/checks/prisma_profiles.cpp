@@ -83,8 +83,9 @@ std::string two_digits(std::uint32_t number) {
 
 std::string expected_codec(const PrismaStream& prisma, const ProfileRules& rules) {
     std::string_view prefix = rules.codec_prefix;
-    if (std::find(rules.kinds.begin(), rules.kinds.end(), prisma.stream.px_kind) !=
-        rules.kinds.end()) {
+    const bool is_known_kind = std::find(rules.kinds.begin(), rules.kinds.end(),
+                                         prisma.stream.px_kind) != rules.kinds.end();
+    if (prefix.empty() && is_known_kind) {
         prefix = prisma_prefix(prisma.stream.px_kind);
     }
     if (prefix.empty()) {

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <initializer_list>
 #include <span>
 #include <string_view>
 
@@ -214,7 +215,7 @@ inline constexpr ManifestRule kAv1BaseCodec{rule<kExpected, kRepresentation, kCo
 
 struct ProfileRules {
     std::uint32_t profile = 0;
-    // The enhancement codec: its prefix, or the one of the sample entry if that is of these kinds.
+    // Prefix of the enhancement codec; without one that of the sample entry, of these kinds only.
     std::string_view codec_prefix{};
     std::array<std::uint32_t, 2> kinds{};
     std::uint32_t most_codecs = 2;
