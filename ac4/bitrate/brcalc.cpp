@@ -264,6 +264,8 @@ void store_br_codes(AC4_ANALYZE_ac4_brcalc_state* state, std::uint32_t br_code) 
 int AC4_ANALYZE_ac4_brcalc_process(AC4_ANALYZE_ac4_brcalc_state* state, const BrcalcInput& input,
                                    BrcalcOutput* output) {
     *output = {};
+    // Judged ahead of the mode: a repeated frame stays out even where the mode changes.
+    const SequenceClass sequence = classify(input.sequence_counter, state->last_sequence_counter);
     if (!input.b_wait_frames) {
         if (state->last_mode != BitRateMode::kAverage) {
             return AC4_ANALYZE_ac4_brcalc_state_reset(state);
@@ -275,7 +277,6 @@ int AC4_ANALYZE_ac4_brcalc_process(AC4_ANALYZE_ac4_brcalc_state* state, const Br
     if (input.mode != state->last_mode) {
         AC4_ANALYZE_ac4_brcalc_state_reset(state);
     }
-    const SequenceClass sequence = classify(input.sequence_counter, state->last_sequence_counter);
     if (sequence == SequenceClass::kRepeat) {
         give_last(*state, RateStatus::kValue, *output);
         return 0;

@@ -2,11 +2,11 @@
 
 #include <cstdint>
 
+#include "ac4/descriptor_generator/analysis_record.h"
 #include "ac4/framer/framer.h"
 #include "ac4/metadata/metadata_state.h"
 #include "ac4/toc_reader/toc_reader.h"
 #include "base/memlib.h"
-#include "src/ac4analyze_impl/analysis_record.h"
 
 namespace mediasplit {
 

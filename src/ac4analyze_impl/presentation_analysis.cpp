@@ -181,6 +181,13 @@ std::size_t object_kinds(const AnalysisSubstream& substream,
     return count;
 }
 
+// Samples that one substream's metadata speaks of: with a multiplied frame rate a frame holds
+// several coded frames that share its length (frame_rate_factor of ETSI TS 103 190-1).
+std::int32_t coded_frame_length(const FrameWalk& walk, std::int32_t frame_rate_multiply) {
+    return ac4_frame_length(walk.result->fs_index, walk.result->frame_rate_index) /
+           std::max(frame_rate_multiply, 1);
+}
+
 // Number of object blocks from the object metadata substream. What isn't understood there does not
 // end the frame.
 int read_object_timing(FrameWalk& walk, const AnalysisSubstream& substream) {
@@ -211,7 +218,7 @@ int read_substream_metadata(FrameWalk& walk, const AnalysisPresentation& present
     facts.b_dialog = is_dialogue(info.content, role);
     facts.b_object_coded = info.audio_type == AudioType::kObjects;
     facts.b_ajoc = info.audio_type == AudioType::kAjoc;
-    facts.frame_length = ac4_frame_length(walk.result->fs_index, walk.result->frame_rate_index);
+    facts.frame_length = coded_frame_length(walk, presentation.frame_rate_multiply);
     if (facts.b_object_coded) {
         facts.objects.objects = std::span(kinds.data(), object_kinds(*substream, &kinds));
         facts.objects.num_obj_info_blocks = read_object_timing(walk, *substream);
@@ -297,7 +304,7 @@ int read_presentation_substream(FrameWalk& walk, const PresentationInfo& info,
     facts.b_4_back_channels_present = ext.b_4_back_channels_present;
     facts.top_channel_pairs = ext.top_channel_pairs;
     facts.b_objects = info.has_objects;
-    facts.frame_length = ac4_frame_length(walk.result->fs_index, walk.result->frame_rate_index);
+    facts.frame_length = coded_frame_length(walk, info.frame_rate_multiply);
     const SubstreamSegment& segment = info.presentation_substream;
     return take_metadata_code(
         walk, ac4analyze_parse_ac4_presentation_substream(

@@ -1,6 +1,7 @@
 #include "src/commonfileio/file_descriptor.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -61,6 +62,11 @@ std::int64_t FileDescriptor::size() const {
     return end;
 }
 
+bool FileDescriptor::is_folder() const {
+    struct stat info {};
+    return descriptor_ >= 0 && ::fstat(descriptor_, &info) == 0 && S_ISDIR(info.st_mode);
+}
+
 void FileDescriptor::close() {
     if (descriptor_ >= 0) {
         ::close(descriptor_);
@@ -70,7 +76,9 @@ void FileDescriptor::close() {
 }
 
 FileDescriptor open_for_reading(const std::string& path) {
-    return FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    // A folder opens like a file, but there is nothing to be read from it.
+    return file.is_folder() ? FileDescriptor{} : std::move(file);
 }
 
 }  // namespace mediasplit

@@ -33,6 +33,7 @@ public:
     bool seek_by(std::int64_t distance);
     // Size of the file in bytes with the place left alone; -1 if that isn't possible.
     [[nodiscard]] std::int64_t size() const;
+    [[nodiscard]] bool is_folder() const;
     void close();
 
 private:
@@ -40,7 +41,7 @@ private:
     bool at_end_ = false;
 };
 
-// Opens a file for reading; an empty descriptor if that fails.
+// Opens a file for reading; an empty descriptor if that fails, also for a folder.
 FileDescriptor open_for_reading(const std::string& path);
 
 }  // namespace mediasplit

@@ -1,12 +1,11 @@
 #include "src/dash_reader/dash_player.h"
 
-#include <cmath>
-#include <limits>
 #include <string_view>
 
 #include "src/dash_reader/dash_reader.h"
 #include "src/dash_reader/element_fields.h"
 #include "src/dash_reader/element_readers.h"
+#include "src/dash_reader/player_support.h"
 #include "src/dash_reader/source_name.h"
 #include "src/log/logging.h"
 #include "src/util/text.h"
@@ -30,15 +29,6 @@ struct PeriodTimes {
 std::optional<double> duration_attribute(const Ezxml* node, const char* name) {
     const char* const text = ezxml_attr(node, name);
     return text == nullptr ? std::nullopt : std::optional<double>(GetDuration(text));
-}
-
-std::uint64_t to_unsigned(double value) {
-    constexpr double kTwoTo64 = 18446744073709551616.0;
-    if (!(value > 0)) {
-        return 0;
-    }
-    return value < kTwoTo64 ? static_cast<std::uint64_t>(value)
-                            : std::numeric_limits<std::uint64_t>::max();
 }
 
 // Walks to the Period of `index`; null if there are fewer.
@@ -104,11 +94,6 @@ Addressing find_addressing(const RepresentationNodes& nodes, const DashPlayer& p
     return {};
 }
 
-Status report_no_address(const DashPlayer& player, Loglist* loglist) {
-    return Logging_err_type_check(loglist, 4043,
-                                  LogContext{0, player.representation_id.value_or("")});
-}
-
 Status load_base(const RepresentationNodes& nodes, DashPlayer& player, Loglist* loglist) {
     const Addressing found = find_addressing(nodes, player, "SegmentBase");
     const Ezxml* const initialization = ezxml_child(found.node, "Initialization");
@@ -120,7 +105,7 @@ Status load_base(const RepresentationNodes& nodes, DashPlayer& player, Loglist* 
     }
     player.base_index_range = owned_attribute(found.node, "indexRange");
     return check(player.base_index_range.has_value(), loglist, 4045,
-                 LogContext{0, player.representation_id.value_or(""), "indexRange"});
+                 player_context(player, "indexRange"));
 }
 
 void load_list(const RepresentationNodes& nodes, DashPlayer& player) {

@@ -100,8 +100,8 @@ std::optional<std::string> default_key_id(const Ezxml* node) {
 
 template <typename Record>
 Status read_picture_size(const Ezxml* node, Record& record, Loglist* loglist) {
-    return get_attribute_uint32(node, "width", record.width, loglist) |
-           get_attribute_uint32(node, "height", record.height, loglist);
+    const Status width = get_attribute_uint32(node, "width", record.width, loglist);
+    return width | get_attribute_uint32(node, "height", record.height, loglist);
 }
 
 Status require_attribute(const Ezxml* node, const char* name, const std::string& ui_id,
@@ -163,11 +163,10 @@ Status get_representation_info(Ezxml* node, const RepresentationPlace& place,
     set_ui_id(node, representation_identity(place, representation), kLongestRepresentationUiId,
               representation.ui_id);
     representation.adaptation_set_index = place.kept_index;
-    const Status status =
-        require_attribute(node, "id", representation.ui_id, loglist) |
-        require_attribute(node, "bandwidth", representation.ui_id, loglist) |
-        get_attribute_uint32(node, "bandwidth", representation.bandwidth, loglist) |
-        read_picture_size(node, representation, loglist);
+    Status status = require_attribute(node, "id", representation.ui_id, loglist);
+    status |= require_attribute(node, "bandwidth", representation.ui_id, loglist);
+    status |= get_attribute_uint32(node, "bandwidth", representation.bandwidth, loglist);
+    status |= read_picture_size(node, representation, loglist);
     if (status != Status::kOk) {
         return status;
     }

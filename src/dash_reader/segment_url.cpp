@@ -1,8 +1,8 @@
 // Handing out the segments of a player one by one.
-#include <limits>
 #include <utility>
 
 #include "src/dash_reader/dash_player.h"
+#include "src/dash_reader/player_support.h"
 #include "src/dash_reader/segment_template.h"
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"
@@ -21,26 +21,17 @@ struct TemplatePosition {
     std::uint64_t time = 0;
 };
 
-std::uint64_t truncated(double value) {
-    constexpr double kTwoTo64 = 18446744073709551616.0;
-    if (!(value > 0)) {
-        return 0;
-    }
-    return value < kTwoTo64 ? static_cast<std::uint64_t>(value)
-                            : std::numeric_limits<std::uint64_t>::max();
-}
-
 // Deliberate: the time comes out in seconds here and not in timescale units.
 TemplatePosition position_at(const DashPlayer& player, std::uint64_t target) {
     const auto duration = static_cast<double>(player.template_duration);
     if (player.template_timescale == 0) {
         const double segments = static_cast<double>(target) / duration;
-        return {truncated(segments), truncated(duration * segments)};
+        return {to_unsigned(segments), to_unsigned(duration * segments)};
     }
     const std::uint64_t ticks = player.template_timescale * target;
     const double segments = static_cast<double>(ticks) / duration;
     const double seconds = duration * segments / static_cast<double>(player.template_timescale);
-    return {static_cast<std::uint32_t>(truncated(segments)), truncated(seconds)};
+    return {static_cast<std::uint32_t>(to_unsigned(segments)), to_unsigned(seconds)};
 }
 
 // Deliberate: with a timescale the time comes out in seconds here, without one in units of
@@ -52,7 +43,7 @@ TemplatePosition next_position(const DashPlayer& player) {
     }
     const auto cut_index = static_cast<std::uint32_t>(index);
     const double ticks = static_cast<double>(player.template_duration) * cut_index;
-    return {cut_index, truncated(ticks / static_cast<double>(player.template_timescale))};
+    return {cut_index, to_unsigned(ticks / static_cast<double>(player.template_timescale))};
 }
 
 // None past the end.
@@ -83,11 +74,6 @@ std::optional<TemplatePosition> template_position(const DashPlayer& player,
     }
     // Nothing tells one segment from the next: it is the caller's to stop.
     return TemplatePosition{};
-}
-
-Status report_no_address(const DashPlayer& player, Loglist* loglist) {
-    return Logging_err_type_check(loglist, 4043,
-                                  LogContext{0, player.representation_id.value_or("")});
 }
 
 Status next_of_template(DashPlayer& player, std::string& url, const std::uint64_t* target,

@@ -64,8 +64,12 @@ Status close_outputs(Mp4Demuxer& demuxer) {
     Status status = Status::kOk;
     if (demuxer.outputs != nullptr) {
         for (auto& [path, file] : demuxer.outputs->open_files) {
+            const bool known = file == nullptr || file->failed();
             if (file != nullptr && !file->close()) {
-                status = Status::kFailed;
+                status |= Status::kFailed;
+                status |=
+                    known ? Status::kOk
+                          : Logging_err_type_check(demuxer.loglist, 4085, {}, taken_bytes(*file));
             }
         }
         demuxer.outputs->open_files.clear();

@@ -129,7 +129,9 @@ MessageValue make_message_value(const Value& value) {
     MessageValue result;
     constexpr ValueKind kKind = value_kind<Value>();
     result.kind = kKind;
-    if constexpr (kKind == ValueKind::kInteger || kKind == ValueKind::kCharacter) {
+    if constexpr (kKind == ValueKind::kCharacter) {
+        result.integer = static_cast<unsigned char>(value);
+    } else if constexpr (kKind == ValueKind::kInteger) {
         result.integer = static_cast<std::uint64_t>(value);
     } else if constexpr (kKind == ValueKind::kFloating) {
         result.floating = static_cast<double>(value);

@@ -2,7 +2,7 @@
 #include <array>
 #include <bit>
 
-#include "src/mp4demuxer/ac4_dsi.h"
+#include "src/ac4analyze_impl/ac4_dsi.h"
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/handlers.h"
 #include "src/mp4demuxer/sample_entries.h"

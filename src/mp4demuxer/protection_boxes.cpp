@@ -57,11 +57,14 @@ HandlerResult parse_box_frma(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
         return kHandled;
     }
     stream->stream_id = kind->stream_id;
-    stream->box_flags |= kind->box_flag;
     if (kind->is_prisma) {
         stream->px_kind = kind->px_kind;
-    } else if (kind->protected_px != 0 && (stream->box_flags & kBoxPrisma) != 0) {
-        stream->px_kind = kind->protected_px;
+        stream->box_flags |= kind->box_flag;
+    } else if (kind->protected_px != 0) {
+        stream->box_flags |= kind->box_flag;
+        if ((stream->box_flags & kBoxPrisma) != 0) {
+            stream->px_kind = kind->protected_px;
+        }
     }
     if (kind->stream_id == kStreamIdAc4) {
         ++stream->ac4_entry_count;

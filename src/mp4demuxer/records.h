@@ -25,6 +25,7 @@ struct DsiRecord;
 struct Loglist;
 struct ManifestContext;
 struct Ezxml;
+struct OapParserState;
 struct OutputSet;
 
 inline constexpr std::uint32_t kMaxTracks = 256;
@@ -313,7 +314,7 @@ struct Mp4Stream {
     std::uint32_t vps_compared = 0;  // a configuration without VPS was held against the stream's
     std::uint32_t rpu_compression_seen = 0;
     std::uint32_t rpu_compression_max = 0;
-    std::shared_ptr<void> oap_parser;
+    std::shared_ptr<OapParserState> oap_parser;  // E-AC-3 analysis of one walk
     std::shared_ptr<void> ac4_parser;
     std::shared_ptr<void> ac4_ref_dsi;
     std::shared_ptr<void> ac4_es;

@@ -6,7 +6,7 @@
 #include <bit>
 #include <string_view>
 
-#include "src/mp4demuxer/ac4_dsi.h"
+#include "src/ac4analyze_impl/ac4_dsi.h"
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/handlers.h"
 

@@ -50,6 +50,7 @@ void check_ec3_channels(const Ec3TsDescriptor& ec3, PmtCheck& pmt) {
         return;
     }
     const std::uint32_t channels = ec3.number_of_channels;
+    manifest.found_channels = 1;
     manifest.found_channels_max = std::max(manifest.found_channels_max, channels);
     if (channels >= manifest.channel_count) {
         manifest.found_channels_valid = 1;

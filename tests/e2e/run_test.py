@@ -103,6 +103,12 @@ class AddressTest(ProgramTest):
 
 
 class InputTest(ProgramTest):
+    def test_folder_as_input_fails_the_run(self):
+        os.mkdir(self.path("film.mp4"))
+        result = self.run_program("-i", "film.mp4", "-o", "out")
+        self.expect(result, 1, out="Failed to demultiplex film.mp4\n",
+                    err=error("Fail to open the file : film.mp4"))
+
     def test_mp4_succeeds_and_tells_so_last(self):
         result = self.run_program("-i", CLIP, "-o", "out")
         self.expect(result, 0, err="")

@@ -19,8 +19,8 @@ void require(bool holds) {
 }
 
 // One step; `count` is also used as a jump.
-void run_step(std::uint8_t operation, std::uint32_t count, std::uint32_t& position,
-              ByteSpan buffer, std::vector<std::uint8_t>& target) {
+void run_step(std::uint8_t operation, std::uint32_t count, std::uint32_t& position, ByteSpan buffer,
+              std::vector<std::uint8_t>& target) {
     const std::uint32_t before = position;
     std::uint32_t out = 0;
     switch (operation % 8) {

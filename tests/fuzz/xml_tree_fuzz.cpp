@@ -47,8 +47,7 @@ void walk(const Ezxml* node) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const mediasplit::EzxmlPtr root =
-        mediasplit::ezxml_parse_str(std::string(data, data + size));
+    const mediasplit::EzxmlPtr root = mediasplit::ezxml_parse_str(std::string(data, data + size));
     require(root != nullptr);
     walk(root.get());
     const std::string text = mediasplit::ezxml_toxml(root.get());

@@ -58,6 +58,29 @@ def adts_frame_count(data):
     return count
 
 
+FIRST_PID = 256  # ffmpeg numbers the elementary streams of a transport stream from here
+
+
+def payload_places(data, wanted):
+    """File offset of each PES payload byte of a PID: an independent reading of the packets."""
+    places = []
+    for at in range(0, len(data) - 187, 188):
+        assert data[at] == 0x47
+        if ((data[at + 1] & 0x1F) << 8 | data[at + 2]) != wanted or not data[at + 3] & 0x10:
+            continue
+        begin = at + 4 + (1 + data[at + 4] if data[at + 3] & 0x20 else 0)
+        if data[at + 1] & 0x40:
+            assert data[begin:begin + 3] == b"\0\0\1"
+            begin += 9 + data[begin + 8]
+        places.extend(range(begin, at + 188))
+    return places
+
+
+def payloads(data, wanted):
+    """PES payload bytes of a PID."""
+    return bytes(data[place] for place in payload_places(data, wanted))
+
+
 def packet_count(path, selector):
     text = run("ffprobe", "-v", "error", "-ignore_editlist", "1", "-select_streams", selector, "-count_packets",
                "-show_entries", "stream=nb_read_packets", "-of", "csv=p=0", path).decode()
@@ -65,7 +88,10 @@ def packet_count(path, selector):
 
 
 class MediaCase(unittest.TestCase):
-    """A test with a folder of its own; `split` runs the program and gives its result and outputs."""
+    """A test with a folder of its own.
+
+    `split` runs the program and gives its outputs; what it said is kept in `printed` and `errors`.
+    """
 
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="mediasplit_media_")
@@ -79,7 +105,9 @@ class MediaCase(unittest.TestCase):
         done = subprocess.run([os.path.abspath(MEDIASPLIT), "-i", name, "-o", out, *options], cwd=self.folder,
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=PATIENCE)
         self.assertEqual(done.returncode, expect, done.stdout.decode() + done.stderr.decode())
-        last = done.stdout.decode().splitlines()[-1]
+        self.printed = done.stdout.decode()
+        self.errors = done.stderr.decode()
+        last = self.printed.splitlines()[-1]
         self.assertEqual(last, "%s to demultiplex %s" % ("Failed" if expect else "Succeed", name))
         return {entry: os.path.join(out, entry) for entry in sorted(os.listdir(out))}
 

@@ -2,7 +2,7 @@
 
 import unittest
 
-from media_support import MediaCase, ffmpeg, frame_checksums
+from media_support import FIRST_PID, MediaCase, ffmpeg, frame_checksums, payloads
 
 PICTURE = ["-f", "lavfi", "-i", "testsrc2=s=192x128:r=25:d=3"]
 TONE = ["-f", "lavfi", "-i", "sine=f=440:r=48000:d=3"]
@@ -17,23 +17,6 @@ AUDIO = {
     "ac3": ["-c:a", "ac3", "-ac", "6"],
     "ec3": ["-c:a", "eac3", "-ac", "6"],
 }
-FIRST_PID = 256  # ffmpeg numbers elementary streams from here
-
-
-def payloads(data, wanted):
-    """PES payload bytes of a PID: an independent reading of the packets."""
-    result = bytearray()
-    for at in range(0, len(data) - 187, 188):
-        packet = data[at:at + 188]
-        assert packet[0] == 0x47
-        if ((packet[1] & 0x1F) << 8 | packet[2]) != wanted or not packet[3] & 0x10:
-            continue
-        payload = packet[4 + (1 + packet[4] if packet[3] & 0x20 else 0):]
-        if packet[1] & 0x40:
-            assert payload[:3] == b"\0\0\1"
-            payload = payload[9 + payload[8]:]
-        result += payload
-    return bytes(result)
 
 
 class TransportStreams(MediaCase):

@@ -1,22 +1,33 @@
-// Checks of E-AC-3 and AC-4 sample entries against the manifest.
+// Checks of E-AC-3 and AC-4 sample entries against the manifest and the bitstream.
 #pragma once
 
 #include <cstdint>
 
+#include "oapinfolib/src/oapinfo_api.h"
 #include "src/log/status.h"
 #include "src/mp4demuxer/records.h"
 
 namespace mediasplit {
 
-// The place of the checks on "ec-3" entries. `entry_due` tells that the track's entry is seen for
-// the first time. No rule is applied here yet.
-[[nodiscard]] inline Status oap_sample_entry_validation(Mp4Demuxer& /*demuxer*/,
-                                                        std::uint32_t /*stream_index*/,
-                                                        bool /*entry_due*/) {
-    return Status::kOk;
+// Whether the track has a "dec3" box.
+[[nodiscard]] inline bool has_ec3_config(const Mp4Stream& stream) {
+    return (stream.box_flags & kBoxDec3) != 0 && stream.ec3_config != nullptr;
 }
 
-// The same for "ac-4". No rule is applied here yet.
+// Judges an "ec-3" sample entry with its "dec3" box (ETSI TS 102 366 F.2, ETSI TS 103 420 C.3) and
+// holds it against the playlist: 4294 to 4302, 2039, 4283 to 4290. Does so only if `entry_due`
+// tells that the track's entry is seen for the first time. The OR of the reports; what was found is
+// put into the playlist's context.
+[[nodiscard]] Status oap_sample_entry_validation(Mp4Demuxer& demuxer, std::uint32_t stream_index,
+                                                 bool entry_due);
+
+// Holds the analysis of one E-AC-3 sample against the "dec3" box: 2040, 4293, 4303 to 4311, and
+// with `check_extension` the object audio extension, 4312 to 4316. 3006 if an argument is missing.
+// The OR of the reports.
+[[nodiscard]] Status oap_es_info_validate(const OapEsInfo* info, const Ec3Config* config,
+                                          bool check_extension, Loglist* loglist);
+
+// The place of the checks on "ac-4" entries. No rule is applied here yet.
 [[nodiscard]] inline Status ac4SampleEntry(Mp4Demuxer& /*demuxer*/, std::uint32_t /*stream_index*/,
                                            bool /*entry_due*/) {
     return Status::kOk;

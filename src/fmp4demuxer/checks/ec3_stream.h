@@ -9,12 +9,10 @@
 
 namespace mediasplit {
 
-// The place where a sample goes through the E-AC-3 analysis and is held against the sample entry
-// (4333 and the rules of the entry). No analysis is made here yet.
-[[nodiscard]] inline Status check_ec3_sample(Mp4Demuxer& /*demuxer*/,
-                                             std::uint32_t /*stream_index*/, ByteSpan /*sample*/) {
-    return Status::kOk;
-}
+// Has a sample analysed (4333) and holds it against the "dec3" box of its track, if there is one
+// (oap_es_info_validate). The track's parser is made at its first sample. The OR of the reports.
+[[nodiscard]] Status check_ec3_sample(Mp4Demuxer& demuxer, std::uint32_t stream_index,
+                                      ByteSpan sample);
 
 // Ends the analysis of one walk: the next one starts afresh.
 inline void end_ec3_stream(Mp4Stream& stream) {

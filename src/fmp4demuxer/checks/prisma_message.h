@@ -60,8 +60,7 @@ struct RuleValueType<true> {
 
 // Doesn't compile when the values don't fit the row in number and kind.
 template <RuleValue... kValues>
-consteval RuleMessage rule(int number) {
-    const MessageId<typename RuleValueType<is_number(kValues)>::Type...> id(number);
+constexpr RuleMessage rule(MessageId<typename RuleValueType<is_number(kValues)>::Type...> id) {
     return {id.number(), {kValues...}, sizeof...(kValues)};
 }
 

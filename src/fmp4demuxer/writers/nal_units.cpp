@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "src/video/nal_unit.h"
+
 namespace mediasplit {
 
 ByteSpan NalUnits::next(Loglist* loglist, Status& status) {
@@ -21,6 +23,9 @@ ByteSpan NalUnits::next(Loglist* loglist, Status& status) {
 }
 
 ByteSpan measure_unit(ByteSpan unit, std::size_t from) {
+    // Up to one byte in three is removed before the work area takes the unit.
+    constexpr std::size_t kMostRead = kNalWorkAreaSize * 3 / 2 + 3;
+    unit = unit.first(std::min(unit.size(), kMostRead));
     for (std::size_t at = from; at + 2 < unit.size(); ++at) {
         if (unit[at] == 0 && unit[at + 1] == 0 && unit[at + 2] <= 1) {
             return unit.first(at);

@@ -34,7 +34,9 @@ private:
     return unit.empty() ? std::uint8_t{0} : unit[0];
 }
 
-// `unit` up to the first 00 00 00 or 00 00 01 that begins at `from` or behind.
+// `unit` up to the first 00 00 00 or 00 00 01 that begins at `from` or behind. What lies behind the
+// bytes that the parsers of parameter sets look at is left out, so that many units in one sample
+// take no more time than they have bytes.
 [[nodiscard]] ByteSpan measure_unit(ByteSpan unit, std::size_t from);
 
 // The parameter set inside an enhancement layer's unit: from its third byte up to and including the

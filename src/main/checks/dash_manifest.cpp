@@ -80,6 +80,7 @@ public:
         for (const DashPreselectionInfo& preselection : period_.preselections) {
             add(preselection);
         }
+        note_evaluated(4356);
         for_equal_pairs(ids_, [this](std::size_t first, std::size_t) {
             status_ |= Logging_err_type_check(loglist_, 4356, LogContext{0, period_.ui_id, "id"},
                                               ids_[first]);

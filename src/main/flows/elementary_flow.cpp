@@ -1,3 +1,4 @@
+#include "src/id3demuxer/es_streams.h"
 #include "src/log/logging.h"
 #include "src/main/flows/flows.h"
 #include "src/records/run_options.h"
@@ -6,27 +7,23 @@ namespace mediasplit {
 
 namespace {
 
-// The places of the readers of elementary streams; none is part of the program yet.
-constexpr ElementaryReader kEac3Reader = nullptr;
-constexpr ElementaryReader kAc4Reader = nullptr;
-
+// Reads and checks only: a stream that is elementary already has nothing to be written.
 Status run_elementary(ElementaryReader reader, Loglist* loglist) {
     InputFile input;
-    if (OpenFileEx(g_input, nullptr, 0, input) != Status::kOk) {
-        const Status status = Logging_err_type_check(loglist, 4022, {}, *g_input);
-        return status | CloseFile(input);
-    }
-    return reader == nullptr ? Status::kFailed : reader(nullptr, input, nullptr, loglist);
+    const Status status = OpenFileEx(g_input, nullptr, 0, input) == Status::kOk
+                              ? reader(nullptr, input, nullptr, loglist)
+                              : Logging_err_type_check(loglist, 4022, {}, *g_input);
+    return status | CloseFile(input);
 }
 
 }  // namespace
 
 Status run_eac3(Loglist* loglist) {
-    return run_elementary(kEac3Reader, loglist);
+    return run_elementary(parse_es_stream_oap, loglist);
 }
 
 Status run_ac4(Loglist* loglist) {
-    return run_elementary(kAc4Reader, loglist);
+    return run_elementary(parse_es_stream_ac4, loglist);
 }
 
 }  // namespace mediasplit

@@ -368,6 +368,18 @@ TEST(Modes, AChangeStartsAgain) {
     EXPECT_EQ(stream.state.last_mode, BitRateMode::kBuffered);
 }
 
+TEST(Modes, RepeatedFrameOfAnotherModeStaysOut) {
+    Stream stream(BitRateMode::kConstant);
+    stream.frame();
+    stream.next.sequence_counter = 1;
+    stream.next.mode = BitRateMode::kBuffered;
+    expect_none(stream.frame());
+    EXPECT_EQ(stream.state.window_fill, 0);
+    stream.next.mode = BitRateMode::kConstant;
+    expect_value(stream.frame(), 319 * 200, 321 * 200);
+    EXPECT_EQ(stream.state.window_fill, 1);
+}
+
 TEST(Modes, WithoutWaitFramesOnlyTheAverageModeKeepsItsValue) {
     Stream average(BitRateMode::kAverage);
     average.codes({3, 0, 0, 1, 3});

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "ac4/metadata/huffman_code_books.h"
 #include "tests/unit/ac4analyze_impl/analyzer_fixture.h"
 
 namespace mediasplit {
@@ -354,6 +355,62 @@ TEST_F(FrameAnalyzerTest, RateOfAConstantStreamIsTold) {
     EXPECT_EQ(record_->rate_status, 0);
     EXPECT_LE(record_->rate_mean, 37500U);
     EXPECT_GE(record_->rate_peak, 37500U);
+}
+
+// Gains of one channel group in one band: one code for each later subframe of the coded frame.
+DrcText gains_of(int subframes) {
+    DrcText text;
+    text.modes.resize(1);
+    text.modes[0].gains_config = 1;
+    text.gain_sets.resize(1);
+    for (int i = 1; i < subframes; ++i) {
+        text.gain_sets[0].codes += huffman_code_books::kDrc[0];
+    }
+    return text;
+}
+
+// 1920 samples at the base rate are six subframes, 960 samples are three.
+TEST_F(FrameAnalyzerTest, MultipliedFrameRateShortensTheCodedFramesOfASubstream) {
+    for (const bool multiplied : {false, true}) {
+        BuildFrame frame;
+        frame.bitstream_version = 1;
+        frame.sequence_counter = multiplied ? 2 : 1;
+        frame.frame_rate_index = 0;
+        frame.groups.clear();
+        BuildPresentation& text = frame.presentations[0];
+        text.version = 0;
+        text.rate_bits = multiplied ? "1" : "0";
+        text.groups.clear();
+        text.substreams.assign(1, BuildSubstream{});
+        text.substreams[0].iframes.assign(multiplied ? 2 : 1, true);
+        SubstreamText main;
+        main.sus_ver = 0;
+        main.ch_mode = 1;
+        main.drc = gains_of(multiplied ? 3 : 6);
+        frame.substreams.assign(2, write_substream(main));
+        ASSERT_EQ(analyze(frame), 0);
+        EXPECT_EQ(record_->status, 0U);
+        EXPECT_EQ(presentation(0).frame_rate_multiply, multiplied ? 2 : 1);
+        EXPECT_TRUE(substream(0).metadata.drc.data_read);
+    }
+}
+
+TEST_F(FrameAnalyzerTest, MultipliedFrameRateShortensTheCodedFramesOfAPresentation) {
+    for (const bool multiplied : {false, true}) {
+        BuildFrame frame = simple_stereo_frame();
+        frame.sequence_counter = multiplied ? 2 : 1;
+        frame.frame_rate_index = 0;
+        frame.presentations[0].rate_bits = multiplied ? "1" : "0";
+        frame.groups[0].substreams[0].iframes.assign(multiplied ? 2 : 1, true);
+        PresentationText text;
+        text.dialnorm = 96;
+        text.drc = gains_of(multiplied ? 3 : 6);
+        text.tail.put(0, 64);
+        frame.substreams[0] = write_presentation(text).to_bytes();
+        ASSERT_EQ(analyze(frame), 0);
+        EXPECT_EQ(record_->status, 0U);
+        EXPECT_TRUE(presentation(0).metadata.drc.data_read);
+    }
 }
 
 TEST_F(FrameAnalyzerTest, FrameLengthsFollowTheFrameRate) {

@@ -83,6 +83,10 @@ TEST_F(InputFileTest, OpenFailsWithoutAMessage) {
     EXPECT_TRUE(sink.reports().empty());
 }
 
+TEST_F(InputFileTest, FolderDoesNotOpen) {
+    EXPECT_EQ(OpenFileEx(folder_.path(""), nullptr, 0, file_), Status::kCantOpen);
+}
+
 TEST_F(InputFileTest, OpenWithoutAPathUsesTheStreamAlreadySet) {
     const std::string path = folder_.write("x", "abc");
     file_.stream = open_for_reading(path);

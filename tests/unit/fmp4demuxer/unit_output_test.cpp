@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "src/fmp4demuxer/outputs.h"
 #include "src/fmp4demuxer/writers/nal_units.h"
+#include "src/video/nal_unit.h"
 #include "tests/unit/fmp4demuxer/demux_run.h"
 
 namespace mediasplit {
@@ -74,6 +76,31 @@ TEST(UnitOutput, AllParameterSetsOfAConfigurationAreWritten) {
     EXPECT_EQ(file_bytes(path), start_coded({{0x67, 1}, {0x67, 2}, {0x68, 1}, {0x68, 2}}));
 }
 
+TEST(Outputs, BytesThatAreLostAtTheEndAreReportedOnce) {
+    RecordingSink sink;
+    Mp4Demuxer demuxer;
+    demuxer.streams.push_back(std::make_unique<Mp4Stream>());
+    size_output_slots(demuxer);
+    ASSERT_EQ(open_output(demuxer, 0, "/dev/full"), Status::kOk);
+    ASSERT_TRUE(demuxer.out_files[0]->write(Bytes(10, 1)));
+    EXPECT_EQ(close_outputs(demuxer), Status::kFailed);
+    EXPECT_EQ(sink.ids(), std::vector<int>{4085});
+    EXPECT_EQ(close_outputs(demuxer), Status::kOk);
+}
+
+TEST(Outputs, WholeFilesCloseWithoutAReport) {
+    RecordingSink sink;
+    TempFolder folder;
+    Mp4Demuxer demuxer;
+    demuxer.streams.push_back(std::make_unique<Mp4Stream>());
+    size_output_slots(demuxer);
+    ASSERT_EQ(open_output(demuxer, 0, folder.path("out")), Status::kOk);
+    ASSERT_TRUE(demuxer.out_files[0]->write(Bytes(10, 1)));
+    EXPECT_EQ(close_outputs(demuxer), Status::kOk);
+    EXPECT_TRUE(sink.reports().empty());
+    EXPECT_EQ(file_bytes(folder.path("out")), Bytes(10, 1));
+}
+
 Bytes measured(const Bytes& unit, std::size_t from) {
     const ByteSpan span = measure_unit(unit, from);
     return {span.begin(), span.end()};
@@ -86,6 +113,23 @@ TEST(NalUnits, MeasuredUnitEndsAtTheFirstZeroRun) {
     EXPECT_EQ(measured({0x67, 1, 2}, 1), (Bytes{0x67, 1, 2}));
     EXPECT_EQ(measured({0x42, 0, 0, 0, 7}, 2), (Bytes{0x42, 0, 0, 0, 7}));
     EXPECT_EQ(measured({}, 2), Bytes{});
+}
+
+TEST(NalUnits, MeasuredUnitHoldsAllThatTheParsersReadAndNoMuchMore) {
+    // Escaped as densely as can be, the unit fills the work area all the same.
+    Bytes unit{0x67};
+    while (unit.size() < 5000) {
+        unit.insert(unit.end(), {0, 0, 3});
+    }
+    const Bytes part = measured(unit, 1);
+    EXPECT_LT(part.size(), 1000U);
+    const auto unescaped = [](const Bytes& bytes) {
+        Bytes area(kNalWorkAreaSize);
+        area.resize(nal_remove_0x03(area, bytes));
+        return area;
+    };
+    EXPECT_EQ(unescaped(part).size(), kNalWorkAreaSize);
+    EXPECT_EQ(unescaped(part), unescaped(unit));
 }
 
 TEST(NalUnits, EnhancementParameterSetEndsWithThe7EBehindItsFourthByte) {

@@ -103,7 +103,7 @@ TEST(OriginalFormat, SetsTheCodecOfAProtectedEntry) {
          {Case{"mp4a", 1, 0, 0}, Case{"ac-3", 6, 0, 0}, Case{"ec-3", 7, 0, 0},
           Case{"s263", 11, 0, 0}, Case{"ac-4", 14, 0, 0}, Case{"avc1", 2, 0, 0x2},
           Case{"avc3", 4, 0, 0x4}, Case{"hvc1", 13, 0, 0x8}, Case{"hev1", 12, 0, 0x10},
-          Case{"av01", 15, 0, 0x80000}, Case{"pxav", 4, 1, 0}, Case{"pxa1", 2, 2, 0},
+          Case{"av01", 15, 0, 0}, Case{"pxav", 4, 1, 0}, Case{"pxa1", 2, 2, 0},
           Case{"pavc", 2, 5, 0x4000}, Case{"pxhe", 12, 3, 0x20}, Case{"pxh1", 13, 4, 0x40},
           Case{"pxh8", 13, 6, 0x8000}, Case{"pav1", 15, 16, 0x100000}, Case{"zzzz", 0, 0, 0}}) {
         const WalkResult result = protected_video(sinf(each.format, "cenc", {}));

@@ -108,6 +108,109 @@ TEST(StreamSelection, NameHoldsTheBandwidth) {
     EXPECT_EQ(names(run), Names{"main_PID_257_Bitrate_2000000bps.out.h264"});
 }
 
+TEST(StreamSelection, LongNameIsReportedAndCut) {
+    const Bytes bytes = one_program({{0x1B, kVideo, {}}}).bytes();
+    // The stem is the prefix and "_PID_257".
+    const TsRun longest = demux(bytes, {.name_prefix = std::string(200, 'n')});
+    EXPECT_EQ(longest.count(4079), 0U);
+    EXPECT_EQ(names(longest), Names{std::string(200, 'n') + "_PID_257.out.h264"});
+    const TsRun cut = demux(bytes, {.name_prefix = std::string(241, 'n')});
+    EXPECT_EQ(cut.count(4079), 1U);
+    ASSERT_EQ(cut.files.size(), 1U);
+    EXPECT_EQ(names(cut)[0].substr(0, 227), std::string(225, 'n') + "%_");
+}
+
+TEST(StreamSelection, PrefixOf1024CharactersIsLeftOut) {
+    const TsRun run =
+        demux(one_program({{0x1B, kVideo, {}}}).bytes(), {.name_prefix = std::string(1024, 'n')});
+    EXPECT_EQ(names(run), Names{"_PID_257.out.h264"});
+}
+
+TEST(StreamSelection, FileThatCannotBeMadeIsReportedAndFailsTheRun) {
+    TsBuilder builder = one_program({{0x1B, kVideo, {}}});
+    builder.pes(kVideo, {.payload = pattern(100, 1)});
+    const TsRun run = demux(builder.bytes(), {.has_folder = false});
+    EXPECT_EQ(run.count(4081), 1U);
+    EXPECT_TRUE(has_failed(run.status));
+    EXPECT_TRUE(run.files.empty());
+    EXPECT_EQ(demux(builder.bytes()).count(4081), 0U);
+}
+
+// A program map over as many packets as it takes, each with a zero where a pointer field is read.
+Bytes long_table(const Bytes& program_descriptors, const Bytes& streams) {
+    const auto high = [](std::size_t value) { return static_cast<std::uint8_t>(value >> 8); };
+    const auto low = [](std::size_t value) { return static_cast<std::uint8_t>(value); };
+    const std::size_t length = 9 + program_descriptors.size() + streams.size() + 4;
+    const std::size_t info = program_descriptors.size();
+    Bytes section = {
+        0x02, static_cast<std::uint8_t>(0xB0 | high(length)), low(length), 0, 1, 0xC1, 0, 0, 0xE1,
+        0x01, static_cast<std::uint8_t>(0xF0 | high(info)),   low(info)};
+    section.insert(section.end(), program_descriptors.begin(), program_descriptors.end());
+    section.insert(section.end(), streams.begin(), streams.end());
+    section.insert(section.end(), 4, 0);  // CRC_32
+    TsBuilder builder;
+    builder.pat({{1, 0x100}});
+    constexpr std::size_t kRoom = 183;
+    for (std::size_t at = 0; at < section.size(); at += kRoom) {
+        Bytes payload = {0};
+        const std::size_t end = std::min(at + kRoom, section.size());
+        payload.insert(payload.end(), section.begin() + static_cast<std::ptrdiff_t>(at),
+                       section.begin() + static_cast<std::ptrdiff_t>(end));
+        builder.packet(0x100, at == 0, payload);
+    }
+    return builder.bytes();
+}
+
+void add_stream(Bytes& table, std::uint8_t type, std::uint16_t pid, const Bytes& descriptors = {}) {
+    table.insert(table.end(),
+                 {type, static_cast<std::uint8_t>(0xE0 | pid >> 8), static_cast<std::uint8_t>(pid),
+                  0xF0, static_cast<std::uint8_t>(descriptors.size())});
+    table.insert(table.end(), descriptors.begin(), descriptors.end());
+}
+
+TEST(Programs, HundredStreamsAreKept) {
+    Bytes streams;
+    for (std::uint16_t i = 0; i < 99; ++i) {
+        add_stream(streams, 0x06, static_cast<std::uint16_t>(0x200 + i));
+    }
+    add_stream(streams, 0x0F, 0x300);
+    add_stream(streams, 0x0F, 0x301);
+    EXPECT_EQ(names(demux(long_table({}, streams))), Names{"main_PID_768.out.adts"});
+}
+
+TEST(Programs, TenDescriptorsOfAStreamAreKept) {
+    for (const std::size_t ahead : {9U, 10U}) {
+        Bytes descriptors;
+        for (std::size_t i = 0; i < ahead; ++i) {
+            descriptors.insert(descriptors.end(), {0x05, 0});
+        }
+        descriptors.insert(descriptors.end(), {0x6A, 0});
+        Bytes streams;
+        add_stream(streams, 0x06, 0x300, descriptors);
+        add_stream(streams, 0x0F, 0x301);
+        const Names others{"main_PID_769.out.adts"};
+        const Names all{"main_PID_768.out.ac3", "main_PID_769.out.adts"};
+        EXPECT_EQ(names(demux(long_table({}, streams))), ahead == 9 ? all : others);
+    }
+}
+
+TEST(Programs, MoreThanAHundredProgramDescriptorsAreSteppedOver) {
+    Bytes descriptors;
+    for (int i = 0; i < 120; ++i) {
+        descriptors.insert(descriptors.end(), {0x05, 1, 0xAA});
+    }
+    Bytes streams;
+    add_stream(streams, 0x0F, 0x300);
+    EXPECT_EQ(names(demux(long_table(descriptors, streams))), Names{"main_PID_768.out.adts"});
+}
+
+TEST(Programs, DescriptorLengthBeyondTheSectionReadsAsZeros) {
+    Bytes streams;
+    add_stream(streams, 0x0F, 0x300, {0x0A, 0xFF});
+    const TsRun run = demux(long_table({0x05, 0xF0}, streams));
+    EXPECT_EQ(names(run), Names{"main_PID_768.out.adts"});
+}
+
 TEST(Programs, OnlyProgramOfTheTableIsSelected) {
     TsBuilder builder;
     builder.pat({{5, 0x100}}).pmt(0x100, 5, {{0x1B, kVideo, {}}});

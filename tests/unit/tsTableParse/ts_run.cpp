@@ -59,7 +59,9 @@ TsRun demux_series(const std::vector<Bytes>& inputs, const TsRunOptions& options
     const ScratchFolder folder;
     const fs::path input_path = folder.path() / "input.ts";
     const fs::path out = folder.path() / "out";
-    fs::create_directory(out);
+    if (options.has_folder) {
+        fs::create_directory(out);
+    }
     TsRun run;
     RecordingSink sink;
     bool first = true;
@@ -69,12 +71,13 @@ TsRun demux_series(const std::vector<Bytes>& inputs, const TsRunOptions& options
         run.status |= OpenFileEx(input_path.string(), nullptr, 0, input);
         run.summary = {};
         run.summary.first_video_pts = -1;
-        run.status |= tsdemux(input, out.string(), "main", first, options.manifest, &run.summary,
-                              options.is_hls, nullptr, options.pid_filter);
+        run.status |= tsdemux(input, out.string(), options.name_prefix, first, options.manifest,
+                              &run.summary, options.is_hls, nullptr, options.pid_filter);
         CloseFile(input);
         first = false;
     }
-    for (const auto& entry : fs::directory_iterator(out)) {
+    std::error_code none;
+    for (const auto& entry : fs::directory_iterator(out, none)) {
         run.files[entry.path().filename().string()] = read_file(entry.path());
     }
     run.reports = sink.reports();

@@ -27,6 +27,8 @@ struct TsRunOptions {
     ManifestContext* manifest = nullptr;
     bool is_hls = false;
     std::int64_t pid_filter = -1;
+    std::string name_prefix = "main";
+    bool has_folder = true;  // false: the output folder isn't there
 };
 
 TsRun demux(const Bytes& bytes, const TsRunOptions& options = {});

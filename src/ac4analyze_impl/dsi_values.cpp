@@ -1,0 +1,96 @@
+#include "src/ac4analyze_impl/dsi_values.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace mediasplit {
+namespace {
+
+constexpr std::size_t kFullCodecLength = 13;
+constexpr std::uint32_t kNoPresentation = 0xFFFFFFFF;
+
+int hex_digit(char digit) {
+    if (digit >= '0' && digit <= '9') {
+        return digit - '0';
+    }
+    const char lower = static_cast<char>(digit | 0x20);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+bool is_component(std::string_view text) {
+    return text.size() == 2 && hex_digit(text[0]) >= 0 && hex_digit(text[1]) >= 0;
+}
+
+}  // namespace
+
+int extract_value_dac4(const DsiRecord& record, Ac4CodecProfile* profile,
+                       std::uint32_t* channel_mask, bool filtered) {
+    *profile = {record.bitstream_version, 0, kNoPresentation};
+    *channel_mask = 0;
+    for (std::uint32_t i = 0; i < record.n_presentations; ++i) {
+        // A presentation that the box doesn't describe counts as one of version 0.
+        const DsiPresentation& presentation = dsi_entry(record.presentations, i);
+        if (i == 0) {
+            profile->presentation_version = presentation.version;
+            *channel_mask = presentation.presentation_channel_mask_v1;
+        }
+        if (!filtered || presentation.version == 0 || presentation.b_multi_pid == 0) {
+            profile->mdcompat = std::min(profile->mdcompat, presentation.mdcompat);
+        }
+    }
+    return 0;
+}
+
+int extract_codec_profile_value_dac4(const DsiRecord& record, Ac4CodecProfile* profile,
+                                     bool filtered) {
+    std::uint32_t channel_mask = 0;
+    return extract_value_dac4(record, profile, &channel_mask, filtered);
+}
+
+int extract_audio_config_value_dac4(const DsiRecord& record, std::uint32_t* channel_mask,
+                                    bool filtered) {
+    Ac4CodecProfile profile;
+    return extract_value_dac4(record, &profile, channel_mask, filtered);
+}
+
+int extract_ac4_profile_value_from_dash_codecs(OptText codecs, Ac4CodecProfile* profile) {
+    const std::string_view text = codecs.view();
+    if (text.size() != kFullCodecLength || text.substr(0, 4) != "ac-4") {
+        return 1;
+    }
+    std::array<std::uint32_t, 3> values{};
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const std::size_t point = 4 + i * 3;
+        const std::string_view component = text.substr(point + 1, 2);
+        if (text[point] != '.' || check_ac4_codec_component_value_valid(component) != 0) {
+            return 1;
+        }
+        values[i] =
+            static_cast<std::uint32_t>(hex_digit(component[0]) * 16 + hex_digit(component[1]));
+    }
+    *profile = {values[0], values[1], values[2]};
+    return 0;
+}
+
+int check_ac4_codec_component_value_valid(OptText component) {
+    return component && is_component(*component) ? 0 : 1;
+}
+
+bool ac4_codec_match(OptText codec, OptText pattern) {
+    if (!codec || !pattern) {
+        return !codec && !pattern;
+    }
+    const std::string_view text = *codec;
+    const std::string_view wanted = *pattern;
+    if (wanted.size() > kFullCodecLength) {
+        return text == wanted && text.data() == wanted.data();  // the very same text
+    }
+    if (wanted.size() == kFullCodecLength) {
+        return text == wanted;
+    }
+    return text.size() <= kFullCodecLength && text.substr(0, wanted.size()) == wanted;
+}
+
+}  // namespace mediasplit

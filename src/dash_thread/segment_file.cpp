@@ -1,0 +1,100 @@
+#include "src/dash_thread/segment_file.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "src/commonfileio/file_descriptor.h"
+#include "src/dash_thread/player_clock.h"
+#include "src/dash_thread/source_name.h"
+#include "src/file_util/path_names.h"
+#include "src/log/logging.h"
+#include "src/util/address.h"
+#include "src/util/fetcher.h"
+
+namespace mediasplit {
+namespace {
+
+constexpr int kTries = 3;
+constexpr double kMillisecondsPerSecond = 1000.0;
+constexpr double kDefaultPause = 2000.0;  // milliseconds
+// No server is waited for longer than for an answer.
+constexpr double kLongestPause = 300000.0;  // milliseconds
+
+// Whole seconds between two tries.
+std::uint32_t retry_pause(const DashPlayer& player) {
+    const double pause =
+        player.min_buffer_time_ms == kNoTime ? kDefaultPause : player.min_buffer_time_ms * 0.5;
+    return static_cast<std::uint32_t>(std::clamp(pause, 0.0, kLongestPause) /
+                                      kMillisecondsPerSecond);
+}
+
+// Deliberate: the pause follows the last try, too.
+bool fetch_with_retries(const DashPlayer& player, const std::string& url, const std::string& path,
+                        Loglist* loglist) {
+    for (int number = 1; number <= kTries; ++number) {
+        if (url2file(url, path) == 0) {
+            return true;
+        }
+        // A warning; it has no result.
+        (void)Logging_err_type_check(loglist, 2052, {}, url, number);
+        player_clock().sleep(retry_pause(player));
+    }
+    return false;
+}
+
+Status report_missing(const DashPlayer& player, const std::string& url, Loglist* loglist) {
+    if (player.segment_type != SegmentElementType::kTemplate || player.template_duration == 0) {
+        return Logging_err_type_check(loglist, 4063, {}, url);
+    }
+    double played = player.played_ms / kMillisecondsPerSecond;
+    if (player.minimum_update_period_ms != kNoTime && player.reload_count != nullptr) {
+        played += *player.reload_count * player.minimum_update_period_ms / kMillisecondsPerSecond;
+    }
+    const LogContext context{0, player.representation_id.value_or("")};
+    return Logging_err_type_check(loglist, 2009, context, player.representation_id, played);
+}
+
+SegmentFileResult open_segment(DashPlayer& player, const std::string& url, Status& status,
+                               InputFile& file, Loglist* loglist) {
+    FileDescriptor opened;
+    std::optional<std::string> copy;
+    if (!is_url(url)) {
+        opened = open_for_reading(url);
+    } else {
+        copy = createUniqueFileName("segment");
+        if (fetch_with_retries(player, url, *copy, loglist)) {
+            opened = open_for_reading(*copy);
+        }
+    }
+    if (!opened) {
+        status |= report_missing(player, url, loglist);
+        return SegmentFileResult::kStop;
+    }
+    file = InputFile{};
+    if (ReadFileExt(std::move(opened), copy, nullptr, 0, url, file) != Status::kOk) {
+        status |= Logging_err_type_check(loglist, 3004, {}, kDashThreadSourceName, 117);
+        (void)CloseFile(file);
+        return SegmentFileResult::kStop;
+    }
+    return SegmentFileResult::kReady;
+}
+
+}  // namespace
+
+SegmentFileResult get_segment_file(DashPlayer& player, const std::uint64_t* target, Status& status,
+                                   InputFile& file, std::optional<std::string>& range,
+                                   Loglist* loglist) {
+    (void)CloseFile(file);
+    std::string url;
+    const Status addressed = get_segment_url(player, url, &range, target, loglist);
+    if (addressed != Status::kOk) {
+        status |= addressed;
+        return SegmentFileResult::kStop;
+    }
+    if (url.empty()) {
+        return SegmentFileResult::kNoMore;
+    }
+    return open_segment(player, url, status, file, loglist);
+}
+
+}  // namespace mediasplit

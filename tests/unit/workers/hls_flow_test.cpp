@@ -1,0 +1,243 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <map>
+
+#include "src/main/checkpoints.h"
+#include "src/main/flows/flows.h"
+#include "src/records/run_options.h"
+#include "tests/support/http_server.h"
+#include "tests/support/mp4_builder.h"
+#include "tests/support/recording_sink.h"
+#include "tests/support/temp_folder.h"
+#include "tests/support/ts_builder.h"
+#include "tests/unit/main/run_options_scope.h"
+
+namespace mediasplit {
+namespace {
+
+namespace fs = std::filesystem;
+
+using Ids = std::vector<int>;
+using Names = std::vector<std::string>;
+
+std::string as_text(const std::vector<std::uint8_t>& bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+class HlsFlow : public testing::Test {
+protected:
+    HlsFlow() {
+        fs::create_directory("tmp");
+        fs::create_directory("out");
+        g_output_dir = "out";
+        g_file_format = FormatId::kHls;
+        binary_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
+        force_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
+        loglist_ =
+            init_loglist(static_cast<std::uint32_t>(g_check_point_num), g_checkpoint_list.data());
+        for (const char* name : {"audio", "video", "other"}) {
+            add_ts(name);
+        }
+    }
+
+    // A media playlist of one transport stream segment.
+    void add_ts(const std::string& name) {
+        TsBuilder stream = one_program({{0x0F, 257}});
+        PesDescription pes;
+        pes.stream_id = 0xC0;
+        pes.payload = {name.begin(), name.end()};
+        stream.pes(257, pes);
+        add(name + ".ts", as_text(stream.bytes()));
+        add(name + ".m3u8", "#EXTINF:2,\n" + name + ".ts\n#EXT-X-ENDLIST\n");
+    }
+    void add(const std::string& name, const std::string& content) {
+        (void)folder_.write(name, content);
+        server_.serve("/" + name, content);
+    }
+    // A playlist of fragments of one AC-4 track without any bytes, `duration` ms each.
+    void add_mp4(const std::string& name, std::string_view entry, std::uint32_t duration) {
+        mp4::MovieSpec movie;
+        mp4::TrackSpec track;
+        track.entries = {mp4::box(entry, {mp4::zeros(8)})};
+        std::string text = "#EXT-X-MAP:URI=\"" + name + "_init.mp4\"\n";
+        for (std::size_t i = 0; i < 4; ++i) {
+            mp4::SampleSpec sample;
+            sample.data = mp4::text(name);
+            sample.duration = duration;
+            track.samples.push_back(sample);
+        }
+        movie.tracks = {track};
+        add(name + "_init.mp4", as_text(mp4::initialization_segment(movie)));
+        for (std::size_t i = 0; i < 4; ++i) {
+            const std::string file = name + "_" + std::to_string(i) + ".m4s";
+            add(file, as_text(mp4::media_segment(movie, i, 1, 0)));
+            text += "#EXTINF:2,\n" + file + "\n";
+        }
+        add(name + ".m3u8", text);
+    }
+
+    Status run_local(const std::string& text) {
+        (void)folder_.write("master.m3u8", text);
+        g_input = "master.m3u8";
+        return run_hls(loglist_.get());
+    }
+    Status run_address(const std::string& text) {
+        server_.serve("/master.m3u8", text);
+        g_input = server_.url("/master.m3u8");
+        return run_hls(loglist_.get());
+    }
+    [[nodiscard]] static Names outputs() {
+        Names names;
+        for (const auto& entry : fs::directory_iterator("out")) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    [[nodiscard]] Names texts(int id) const {
+        Names result;
+        for (const RecordedReport& report : sink_.reports()) {
+            if (report.id == id) {
+                result.push_back(report.text);
+            }
+        }
+        return result;
+    }
+
+    RunOptionsScope scope_;
+    TempFolder folder_;
+    WorkingDirectory directory_{folder_.path()};
+    HttpServer server_;
+    RecordingSink sink_;
+    std::unique_ptr<Loglist> loglist_;
+};
+
+const std::string kMedia =
+    "#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID=\"g\",LANGUAGE=\"en\",NAME=\"n\",CHANNELS=\"2\",URI=\"audio."
+    "m3u8\"\n";
+const std::string kVideo =
+    "#EXT-X-STREAM-INF:BANDWIDTH=1000,FRAME-RATE=25,CODECS=\"avc1.42c00d,mp4a.40.2\",AUDIO=\"g\"\n"
+    "video.m3u8\n";
+const std::string kOther =
+    "#EXT-X-STREAM-INF:BANDWIDTH=2000,FRAME-RATE=25,CODECS=\"avc1.42c00d,mp4a.40.2\",AUDIO=\"g\"\n"
+    "other.m3u8\n";
+
+TEST_F(HlsFlow, StreamsOfAMasterPlaylistAreSplit) {
+    EXPECT_FALSE(has_failed(run_local(kMedia + kVideo + kOther)));
+    EXPECT_EQ(outputs(), (Names{"audio_PID_257.out.adts", "other_PID_257_Bitrate_2000bps.out.adts",
+                                "video_PID_257_Bitrate_1000bps.out.adts"}));
+    EXPECT_EQ(read_file("out/audio_PID_257.out.adts"), "audio");
+}
+
+TEST_F(HlsFlow, AddressGivesWhatTheFolderGives) {
+    (void)run_local(kMedia + kVideo + kOther);
+    std::map<std::string, std::string> local;
+    for (const std::string& name : outputs()) {
+        local[name] = read_file("out/" + name);
+        fs::remove("out/" + name);
+    }
+    EXPECT_FALSE(has_failed(run_address(kMedia + kVideo + kOther)));
+    std::map<std::string, std::string> fetched;
+    for (const std::string& name : outputs()) {
+        fetched[name] = read_file("out/" + name);
+    }
+    EXPECT_EQ(fetched, local);
+    EXPECT_TRUE(fs::is_empty("tmp"));
+}
+
+TEST_F(HlsFlow, OnlyStreamRunsWithoutThreads) {
+    EXPECT_FALSE(has_failed(run_local(
+        "#EXT-X-STREAM-INF:BANDWIDTH=1000,FRAME-RATE=25,CODECS=\"mp4a.40.2\"\nvideo.m3u8\n")));
+    EXPECT_EQ(outputs(), Names{"video_PID_257_Bitrate_1000bps.out.adts"});
+    // The main list has the worker's findings.
+    EXPECT_FALSE(loglist_->messages.empty());
+}
+
+TEST_F(HlsFlow, MediaPlaylistIsFollowedByItself) {
+    (void)folder_.write("m.m3u8", "#EXTINF:2,\naudio.ts\n");
+    g_input = "m.m3u8";
+    EXPECT_EQ(run_hls(loglist_.get()), Status::kOk);
+    EXPECT_EQ(outputs(), Names{"m_PID_257.out.adts"});
+}
+
+TEST_F(HlsFlow, MissingInputIsReported) {
+    g_input = "none.m3u8";
+    EXPECT_EQ(run_hls(loglist_.get()), Status::kFailed);
+    EXPECT_EQ(sink_.ids(), Ids{4022});
+    sink_.clear();
+    g_input = server_.url("/none.m3u8");
+    EXPECT_EQ(run_hls(loglist_.get()), Status::kFailed);
+    EXPECT_EQ(sink_.ids(), (Ids{2054, 4021}));
+    EXPECT_TRUE(fs::is_empty("tmp"));
+}
+
+TEST_F(HlsFlow, PlaylistOfStreamsAndSegmentsIsRefused) {
+    EXPECT_EQ(run_local(kVideo + "#EXTINF:2,\naudio.ts\n"), Status::kFailed);
+    EXPECT_EQ(sink_.ids(), Ids{4059});
+}
+
+TEST_F(HlsFlow, LongNameOfAMediaPlaylistEndsTheRun) {
+    std::string folder;
+    for (int i = 0; i < 12; ++i) {
+        folder += std::string(99, 'x') + "/";
+    }
+    fs::create_directories(folder);
+    fs::copy("audio.ts", folder + "audio.ts");
+    (void)folder_.write(folder + "m.m3u8", "#EXTINF:2,\naudio.ts\n");
+    g_input = folder + "m.m3u8";
+    EXPECT_EQ(run_hls(loglist_.get()), Status::kFailed);
+    EXPECT_EQ(outputs(), Names{});
+}
+
+TEST_F(HlsFlow, StreamWithoutANameIsPassedOver) {
+    fs::copy("audio.m3u8", "bare");
+    EXPECT_FALSE(has_failed(run_local(
+        kVideo + "#EXT-X-STREAM-INF:BANDWIDTH=3000,FRAME-RATE=25,CODECS=\"mp4a.40.2\"\nbare\n")));
+    EXPECT_EQ(outputs(), Names{"video_PID_257_Bitrate_1000bps.out.adts"});
+}
+
+TEST_F(HlsFlow, MasterThatNamesItselfEnds) {
+    const std::string self =
+        "#EXT-X-STREAM-INF:BANDWIDTH=3000,FRAME-RATE=25,CODECS=\"mp4a.40.2\"\n"
+        "master.m3u8\n";
+    EXPECT_TRUE(has_failed(run_local(self + kVideo)));
+    EXPECT_EQ(sink_.count(2014), 1U);
+    EXPECT_EQ(outputs(), Names{"video_PID_257_Bitrate_1000bps.out.adts"});
+}
+
+TEST_F(HlsFlow, IframeStreamsAreCheckedButNotWritten) {
+    add_mp4("frames", "zzzz", 2000);
+    const Status status = run_local(
+        kVideo +
+        "#EXT-X-I-FRAME-STREAM-INF:BANDWIDTH=100,CODECS=\"avc1.42c00d\",URI=\"frames.m3u8\"\n");
+    EXPECT_FALSE(has_failed(status));
+    EXPECT_EQ(sink_.count(4054), 1U);
+    EXPECT_EQ(outputs(), Names{"video_PID_257_Bitrate_1000bps.out.adts"});
+}
+
+TEST_F(HlsFlow, RenditionsOfAc4AreTimedAgainstEachOther) {
+    add_mp4("one", "zzzz", 2000);
+    add_mp4("two", "zzzz", 2500);
+    const std::string codecs = "avc1.42c00d,ac-4.02.01.00";
+    std::string text;
+    for (const char* name : {"one", "two"}) {
+        text += std::string("#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID=\"g\",LANGUAGE=\"en\",NAME=\"") +
+                name + "\",CHANNELS=\"2\",URI=\"" + name + ".m3u8\"\n";
+    }
+    text += "#EXT-X-STREAM-INF:BANDWIDTH=1000,FRAME-RATE=25,CODECS=\"" + codecs +
+            "\",AUDIO=\"g\"\nvideo.m3u8\n";
+    (void)run_local(text);
+    EXPECT_EQ(sink_.count(4109), 3U) << "three segments before the last one";
+    EXPECT_EQ(sink_.count(2050), 0U);
+    sink_.clear();
+    add_mp4("two", "zzzz", 2000);
+    (void)run_local(text);
+    EXPECT_EQ(sink_.count(4109), 0U);
+    EXPECT_TRUE(sink_.was_evaluated(4109));
+}
+
+}  // namespace
+}  // namespace mediasplit
