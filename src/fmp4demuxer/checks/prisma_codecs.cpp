@@ -2,18 +2,41 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
+
+#include "src/dash_reader/inherited.h"
+#include "src/fmp4demuxer/writers/prisma_rules.h"
+#include "src/mp4demuxer/mp4demuxer.h"
+#include "src/video/codec_text.h"
+#include "src/video/level_rules.h"
 
 namespace mediasplit {
 namespace {
 
 constexpr std::size_t kLongestList = 100;
 constexpr std::array<std::string_view, 4> kEnhancementPrefixes{"pxav.", "pxa1.", "pxhe.", "pxh1."};
+constexpr std::string_view kAv1Prefix = "pav1.";
+constexpr std::uint32_t kAv1Profile = 10;
+
+bool contains(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
 
 bool names_enhancement(std::string_view codec) {
-    return std::any_of(
-        kEnhancementPrefixes.begin(), kEnhancementPrefixes.end(),
-        [&](std::string_view prefix) { return codec.find(prefix) != std::string_view::npos; });
+    return std::any_of(kEnhancementPrefixes.begin(), kEnhancementPrefixes.end(),
+                       [&](std::string_view prefix) { return contains(codec, prefix); });
+}
+
+// Calls `visit(word)` for each word between commas.
+template <typename Visit>
+void for_each_word(std::string_view list, Visit visit) {
+    for (;;) {
+        const std::size_t comma = std::min(list.find(','), list.size());
+        visit(list.substr(0, comma));
+        if (comma == list.size()) {
+            return;
+        }
+        list.remove_prefix(comma + 1);
+    }
 }
 
 }  // namespace
@@ -30,6 +53,299 @@ std::string get_main_codec(OptText codecs) {
         rest.remove_prefix(std::min(word.size() + 1, rest.size()));
     }
     return codecs.str();
+}
+
+std::string_view prisma_prefix(std::uint32_t px_kind) {
+    switch (px_kind) {
+        case kPxPxav:
+            return "pxav";
+        case kPxPxa1:
+            return "pxa1";
+        case kPxPxhe:
+            return "pxhe";
+        case kPxPxh1:
+            return "pxh1";
+        default:
+            return {};
+    }
+}
+
+bool prsm_profile_dual_layer(std::uint32_t profile) {
+    return profile == 4;
+}
+
+bool prsm_profile_supported(std::uint32_t profile) {
+    constexpr std::array<std::uint32_t, 8> kProfiles{4, 5, 8, 9, 10, 20, 32, 34};
+    return std::find(kProfiles.begin(), kProfiles.end(), profile) != kProfiles.end();
+}
+
+std::uint32_t orvel_prisma_codecs_validation(OptText codecs, OptText expected, std::string& other,
+                                             bool shared, std::uint32_t profile) {
+    other.clear();
+    const std::string_view list = codecs.view();
+    if (list.empty() || list.front() == ',' || list.back() == ',' || contains(list, ",,")) {
+        return kCodecsMalformed;
+    }
+    if (expected.view().empty()) {
+        return kCodecsNoExpected;
+    }
+    bool found = false;
+    bool matched = false;
+    for_each_word(list, [&](std::string_view word) {
+        if (!names_enhancement(word) && !(profile == kAv1Profile && contains(word, kAv1Prefix))) {
+            return;
+        }
+        found = true;
+        if (codec_match(word, expected)) {
+            matched = true;
+        } else if (other.empty()) {
+            other = word;
+        }
+    });
+    if (!found) {
+        return (profile == 8 || profile == 9) && !shared ? kCodecsNeedCompanion
+                                                         : kCodecsWithoutOurs;
+    }
+    return matched ? 0 : kCodecsMismatch;
+}
+
+// --- The backward compatible codec --------------------------------------------------------------
+
+namespace {
+
+// One rule for backward compatible profiles and for the one that isn't.
+struct CompatibilityRule {
+    RuleMessage compatible{};
+    RuleMessage incompatible{};
+};
+
+using enum RuleValue;
+
+constexpr RuleMessage kTwoMainCodecs = rule<kScheme>(2024);
+constexpr RuleMessage kTwoCompatibleCodecs = rule<kScheme>(2025);
+constexpr CompatibilityRule kInOneList{rule<kProfile, kActual, kExpected, kScheme>(4113),
+                                       rule<kActual, kExpected, kScheme>(4114)};
+constexpr CompatibilityRule kInOneGroup{rule<kProfile>(4123), rule<>(4124)};
+constexpr RuleMessage kNoCompatibleStream = rule<kProfile, kActual, kScheme, kExpected>(4115);
+constexpr RuleMessage kCompatibleStream = rule<kActual, kScheme, kExpected>(4116);
+
+bool is_compatible_profile(std::uint32_t profile) {
+    return profile == 8 || profile == 9;
+}
+
+const RuleMessage* message_for(const CompatibilityRule& both, std::uint32_t profile) {
+    if (is_compatible_profile(profile)) {
+        return &both.compatible;
+    }
+    return profile == 5 ? &both.incompatible : nullptr;
+}
+
+// Who names what: the enhancement stream's codec by kind of entry, and the base layer's, which is
+// told by its configuration for backward compatible profiles.
+struct PairRow {
+    std::uint32_t profile;
+    std::uint32_t px_kind;
+    const char* main;
+    const char* compatible;  // null: the base layer's codec
+};
+
+constexpr PairRow kPairs[] = {
+    {9, kPxPxav, "pxav.09", nullptr}, {9, kPxPxa1, "pxa1.09", nullptr},
+    {8, kPxPxhe, "pxhe.08", nullptr}, {8, kPxPxh1, "pxh1.08", nullptr},
+    {5, kPxPxhe, "pxhe.05", "hev1"},  {5, kPxPxh1, "pxh1.05", "hvc1"},
+};
+
+CodecPair expected_pair(const PrismaStream& prisma, std::string_view base_codec) {
+    for (const PairRow& row : kPairs) {
+        if (row.profile == prisma.config.profile && row.px_kind == prisma.stream.px_kind) {
+            return {row.main, std::string(row.compatible != nullptr ? row.compatible : base_codec)};
+        }
+    }
+    return {};
+}
+
+RuleDetail detail_of(const PrismaStream& prisma, const CodecPair& pair, std::string_view place) {
+    RuleDetail detail;
+    detail.expected = pair.compatible;
+    detail.actual = prisma_prefix(prisma.stream.px_kind);
+    detail.scheme = place;
+    return detail;
+}
+
+Status check_dash_lists(const PrismaStream& prisma, const CodecPair& pair, CodecMarks& marks) {
+    const ManifestRecords& manifest = prisma.manifest;
+    const DashRepresentationInfo& own = *manifest.representation;
+    Status status = check_one_rep_prsm_codec(
+        prisma,
+        get_dash_rep_attr_str(&own, manifest.adaptation_set, "codecs").value_or(std::string_view{}),
+        pair, own.adaptation_set_index + 1, marks);
+    for (const auto& shared : own.shared_init_representations) {
+        const DashAdaptationSetInfo* set = adaptation_set_of(manifest, shared);
+        status |= check_one_rep_prsm_codec(
+            prisma, get_dash_rep_attr_str(&shared, set, "codecs").value_or(std::string_view{}),
+            pair, shared.adaptation_set_index + 1, marks);
+    }
+    return status;
+}
+
+Status check_hls_lists(const PrismaStream& prisma, const CodecPair& pair, CodecMarks& marks) {
+    const ManifestContext& context = *prisma.manifest.context;
+    Status status = Status::kOk;
+    for (const auto* list :
+         {&context.variant_codecs, &context.duplicate_codecs_1, &context.duplicate_codecs_2}) {
+        if (list->has_value()) {
+            status |= check_one_rep_prsm_codec(prisma, **list, pair, 1, marks);
+        }
+    }
+    return status;
+}
+
+}  // namespace
+
+Status check_one_rep_prsm_codec(const PrismaStream& prisma, std::string_view codecs,
+                                const CodecPair& pair, std::uint32_t mark, CodecMarks& marks) {
+    const std::uint32_t profile = prisma.config.profile;
+    const RuleDetail detail =
+        detail_of(prisma, pair, prisma.manifest.is_dash() ? "codecs" : "CODECS");
+    const CodecMarks before = marks;
+    bool main_here = false;
+    bool compatible_here = false;
+    Status status = Status::kOk;
+    for_each_word(codecs, [&](std::string_view word) {
+        if (word.starts_with(pair.main)) {
+            status |= prisma.check(before.main == 0, kTwoMainCodecs, detail);
+            if (before.main == 0) {
+                marks.main = mark;
+                main_here = true;
+            }
+        }
+        if (codec_match(word, pair.compatible)) {
+            status |= prisma.check(before.compatible == 0, kTwoCompatibleCodecs, detail);
+            if (before.compatible == 0) {
+                marks.compatible = mark;
+            }
+            compatible_here = true;
+        }
+    });
+    const auto reject_compatible = [&](bool holds, const CompatibilityRule& both) {
+        const RuleMessage* message = message_for(both, profile);
+        if (message != nullptr) {
+            status |= prisma.check(holds, *message, detail);
+            return !holds;
+        }
+        return false;
+    };
+    if (reject_compatible(!(main_here && compatible_here), kInOneList) && before.compatible == 0) {
+        marks.compatible = 0;
+    }
+    const bool in_one_group = (before.main != 0 || before.compatible != 0) &&
+                              marks.main == marks.compatible && prisma.manifest.is_dash();
+    if (prisma.manifest.is_dash() && reject_compatible(!in_one_group, kInOneGroup)) {
+        marks.compatible = 0;
+    }
+    return status;
+}
+
+Status orvel_prisma_compatible_codec_validation(const PrismaStream& prisma,
+                                                std::string_view base_codec) {
+    const ManifestRecords& manifest = prisma.manifest;
+    if (!manifest.is_dash() && !manifest.is_hls()) {
+        return Status::kOk;
+    }
+    const CodecPair pair = expected_pair(prisma, base_codec);
+    if (pair.main.empty() || pair.compatible.empty()) {
+        return Status::kOk;
+    }
+    CodecMarks marks;
+    const Status status = manifest.is_dash() ? check_dash_lists(prisma, pair, marks)
+                                             : check_hls_lists(prisma, pair, marks);
+    const RuleDetail detail =
+        detail_of(prisma, pair, manifest.is_dash() ? "AdaptationSet" : "#EXT-X-STREAM-INF");
+    if (is_compatible_profile(prisma.config.profile)) {
+        return status | prisma.check(marks.compatible != 0, kNoCompatibleStream, detail);
+    }
+    // Deliberate: only a stream in the first group is held to be alone.
+    return status |
+           prisma.check(marks.compatible == 0 || marks.main != 1, kCompatibleStream, detail);
+}
+
+bool hls_codec_all_stream_partial_contained(const ManifestContext& context, OptText codec,
+                                            std::uint32_t& index) {
+    const bool contained = context.variant_codecs
+                               ? codec_is_contained(context.variant_codecs, codec)
+                               : context.duplicate_codecs_1 || context.duplicate_codecs_2;
+    if (!contained) {
+        index = context.stream_index;
+    }
+    return contained;
+}
+
+// --- The container ------------------------------------------------------------------------------
+
+namespace {
+
+struct ConfigBoxRule {
+    std::uint32_t last_profile;
+    std::uint32_t box_flag;
+    RuleMessage message;
+};
+
+constexpr std::array<ConfigBoxRule, 3> kConfigBoxes{{
+    {7, kBoxPxcC, rule<>(4191)},
+    {10, kBoxPxvC, rule<>(4192)},
+    {0xFFFFFFFF, kBoxPxwC, rule<>(4193)},
+}};
+
+Status check_config_box(const PrismaStream& prisma) {
+    const auto* const row = std::find_if(
+        kConfigBoxes.begin(), kConfigBoxes.end(),
+        [&](const ConfigBoxRule& box) { return prisma.config.profile <= box.last_profile; });
+    return prisma.check(prisma.has_entry(row->box_flag), row->message);
+}
+
+Status check_levels(const PrismaStream& prisma) {
+    const float rate = container_frame_rate(prisma.stream);
+    const std::uint32_t level = prisma.config.level;
+    Status status = Status::kOk;
+    if (prisma.stream.avc_config != nullptr) {
+        for (const auto& set : prisma.stream.avc_config->sps) {
+            status |= check_px_level(level, set.record.pic_width, set.record.pic_height,
+                                     prisma.loglist(), set.record.frame_rate, rate);
+        }
+    }
+    if (prisma.stream.hevc_config != nullptr) {
+        const HevcConfig& config = *prisma.stream.hevc_config;
+        const HevcVps none{};
+        const HevcVps& vps = config.vps.empty() ? none : config.vps.front().record;
+        for (const auto& set : config.sps) {
+            status |= check_px_h265_level(level, &vps, &set.record, prisma.loglist(), rate);
+        }
+    }
+    return status;
+}
+
+}  // namespace
+
+Status prsm_genenral_validation(const PrismaStream& prisma) {
+    const PxConfig& config = prisma.config;
+    Status status =
+        prisma.check(compat_brand_included(prisma.demuxer, fourcc("orv1")), rule<>(4170));
+    status |= prisma.check(prisma.stream.stream_type == kStreamVideo, rule<>(4172));
+    status |= prisma.check((prisma.stream.marks & kMarkVmhd) != 0, rule<>(4173));
+    status |= check_config_box(prisma);
+    status |= check_levels(prisma);
+    RuleDetail detail;
+    detail.actual_number = config.version_major;
+    status |= prisma.check(config.version_major == 1, rule<kActualNumber>(4194), detail);
+    detail.actual_number = config.version_minor;
+    status |= prisma.check(config.version_minor == 0, rule<kActualNumber>(4195), detail);
+    if (prisma.manifest.is_dash()) {
+        status |= prisma.check(
+            get_dash_rep_attr_str(prisma.manifest.representation, prisma.manifest.adaptation_set,
+                                  "mimeType") == "video/mp4",
+            rule<>(4117));
+    }
+    return status;
 }
 
 }  // namespace mediasplit

@@ -1,4 +1,5 @@
-// Checks of video sample entries against the manifest and the parameter sets they carry.
+// Checks of video sample entries against the manifest and the rules of the enhancement format. They
+// report only.
 #pragma once
 
 #include <cstdint>
@@ -8,23 +9,17 @@
 
 namespace mediasplit {
 
-// The place of the checks on "avc1" and "avc3" entries and their enhancement forms. `entry_due`
-// tells that the track's entry is seen for the first time. No rule is applied here yet.
-[[nodiscard]] inline Status avcSampleEntry(Mp4Demuxer& /*demuxer*/, std::uint32_t /*stream_index*/,
-                                           bool /*entry_due*/) {
-    return Status::kOk;
-}
+// "avc1" and "avc3" entries and their enhancement forms. `entry_due` tells that the track's entry
+// is seen for the first time; nothing is checked otherwise. Returns the OR of all reports.
+[[nodiscard]] Status avcSampleEntry(Mp4Demuxer& demuxer, std::uint32_t stream_index,
+                                    bool entry_due);
 
-// The same for "hvc1" and "hev1". No rule is applied here yet.
-[[nodiscard]] inline Status hevcSampleEntry(Mp4Demuxer& /*demuxer*/, std::uint32_t /*stream_index*/,
-                                            bool /*entry_due*/) {
-    return Status::kOk;
-}
+// The same for "hvc1" and "hev1".
+[[nodiscard]] Status hevcSampleEntry(Mp4Demuxer& demuxer, std::uint32_t stream_index,
+                                     bool entry_due);
 
-// The same for "av01". No rule is applied here yet.
-[[nodiscard]] inline Status av1SampleEntry(Mp4Demuxer& /*demuxer*/, std::uint32_t /*stream_index*/,
-                                           bool /*entry_due*/) {
-    return Status::kOk;
-}
+// The same for "av01", which isn't held against the manifest's codecs.
+[[nodiscard]] Status av1SampleEntry(Mp4Demuxer& demuxer, std::uint32_t stream_index,
+                                    bool entry_due);
 
 }  // namespace mediasplit

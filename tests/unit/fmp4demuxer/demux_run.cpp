@@ -4,6 +4,7 @@
 #include <array>
 
 #include "src/commonfileio/input_file.h"
+#include "src/dash_reader/dash_info.h"
 #include "tests/support/mp4_input.h"
 
 namespace fs = std::filesystem;
@@ -64,13 +65,15 @@ std::vector<std::string> DemuxRun::output_names() {
 }
 
 DashContext resolved_dash() {
-    static const int kRecord = 0;
-    const void* record = &kRecord;
+    static const DashInfo kMpd{};
+    static const DashPeriodInfo kPeriod{};
+    static const DashAdaptationSetInfo kSet{};
+    static const DashRepresentationInfo kRepresentation{};
     DashContext context;
-    context.mpd = static_cast<const DashInfo*>(record);
-    context.period = static_cast<const DashPeriodInfo*>(record);
-    context.adaptation_set = static_cast<const DashAdaptationSetInfo*>(record);
-    context.representation = static_cast<const DashRepresentationInfo*>(record);
+    context.mpd = &kMpd;
+    context.period = &kPeriod;
+    context.adaptation_set = &kSet;
+    context.representation = &kRepresentation;
     context.representation_id = "v1";
     return context;
 }

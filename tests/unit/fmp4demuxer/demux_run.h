@@ -60,7 +60,7 @@ private:
     Status create_status_ = Status::kOk;
 };
 
-// A Representation "v1" whose records are there; nobody looks into them.
+// A Representation "v1" whose records are there and empty.
 DashContext resolved_dash();
 
 // NAL units behind four length bytes.

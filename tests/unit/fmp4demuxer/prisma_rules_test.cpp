@@ -15,11 +15,21 @@ using testing::build_hevc_pps;
 using testing::build_hevc_sps;
 using testing::build_hevc_vps;
 
-bool raised(const DemuxRun& run, int id) {
+// A run over a media segment, whose sample entries were checked with an earlier one.
+class SampleRun : public DemuxRun {
+public:
+    Status walk(const Bytes& bytes, const SegmentSlot* slot = nullptr) {
+        SegmentSlot media;
+        media.kind = kSlotMedia;
+        return DemuxRun::walk(bytes, slot != nullptr ? slot : &media);
+    }
+};
+
+bool raised(const SampleRun& run, int id) {
     return run.sink.count(id) != 0;
 }
 
-std::string text_of(const DemuxRun& run, int id) {
+std::string text_of(const SampleRun& run, int id) {
     for (const RecordedReport& report : run.sink.reports()) {
         if (report.id == id) {
             return report.text;
@@ -67,12 +77,12 @@ mp4::TrackSpec avc_prisma(std::vector<Bytes> units, std::optional<Bytes> config,
 }
 
 TEST(AvcRules, StreamWithoutConfigurationRaises4171AtEachUnitAndIsWritten) {
-    DemuxRun run;
+    SampleRun run;
     EXPECT_EQ(run.walk(mp4::plain_file(movie_of(avc_prisma({kSlice, kSlice}, std::nullopt)))),
               Status::kRuleBroken);
     EXPECT_EQ(run.sink.count(4171), 2U);
     EXPECT_EQ(run.output("in_track_id_1.out.264"), start_coded({kSlice, kSlice}));
-    DemuxRun with;
+    SampleRun with;
     EXPECT_EQ(
         with.walk(mp4::plain_file(movie_of(avc_prisma({kSlice}, mp4::prsm_config("pxvC", 9, 2))))),
         Status::kOk);
@@ -80,7 +90,7 @@ TEST(AvcRules, StreamWithoutConfigurationRaises4171AtEachUnitAndIsWritten) {
 }
 
 TEST(AvcRules, PlainStreamHasNoLevelToCompare) {
-    DemuxRun run;
+    SampleRun run;
     EXPECT_EQ(run.walk(mp4::plain_file(
                   movie_of(avc_prisma({avc_sps_720(), kSlice}, std::nullopt, "avc1")))),
               Status::kOk);
@@ -88,12 +98,12 @@ TEST(AvcRules, PlainStreamHasNoLevelToCompare) {
 }
 
 TEST(AvcRules, InBandSpsIsHeldAgainstTheLevel) {
-    DemuxRun fits;
+    SampleRun fits;
     EXPECT_EQ(fits.walk(mp4::plain_file(
                   movie_of(avc_prisma({avc_sps_720(), kSlice}, mp4::prsm_config("pxvC", 9, 2))))),
               Status::kOk);
     EXPECT_FALSE(raised(fits, 4253));
-    DemuxRun differs;
+    SampleRun differs;
     EXPECT_EQ(differs.walk(mp4::plain_file(
                   movie_of(avc_prisma({avc_sps_720(), kSlice}, mp4::prsm_config("pxvC", 9, 3))))),
               Status::kRuleBroken);
@@ -107,7 +117,7 @@ TEST(AvcRules, DualLayerStreamComparesItsTwoLayersOnce) {
     half.height_in_map_units = 23;
     const Bytes inner = build_avc_sps(half);
     const Bytes unit = mp4::join({{0x7E, 0x00}, inner, {0x7E}});
-    DemuxRun fits;
+    SampleRun fits;
     EXPECT_EQ(
         fits.walk(mp4::plain_file(movie_of(avc_prisma({unit}, mp4::prsm_config("pxcC", 4, 2))))),
         Status::kOk);
@@ -116,7 +126,7 @@ TEST(AvcRules, DualLayerStreamComparesItsTwoLayersOnce) {
     EXPECT_EQ(fits.demuxer()->streams[0]->el_seen, 1U);
 
     const Bytes same = mp4::join({{0x7E, 0x00}, avc_sps_720(), {0x7E}});
-    DemuxRun equal;
+    SampleRun equal;
     EXPECT_EQ(equal.walk(mp4::plain_file(
                   movie_of(avc_prisma({same, same}, mp4::prsm_config("pxcC", 4, 2))))),
               Status::kRuleBroken);
@@ -124,13 +134,13 @@ TEST(AvcRules, DualLayerStreamComparesItsTwoLayersOnce) {
 }
 
 TEST(AvcRules, MetadataAndEnhancementUnitsAreNoted) {
-    DemuxRun run;
+    SampleRun run;
     EXPECT_EQ(run.walk(mp4::plain_file(
                   movie_of(avc_prisma({{0x7C, 0x01}, {0x7E}}, mp4::prsm_config("pxvC", 9, 2))))),
               Status::kOk);
     EXPECT_EQ(run.demuxer()->streams[0]->rpu_seen, 1U);
     EXPECT_EQ(run.demuxer()->streams[0]->el_seen, 1U);
-    DemuxRun dual;
+    SampleRun dual;
     EXPECT_EQ(dual.walk(mp4::plain_file(
                   movie_of(avc_prisma({{0x7C, 0x01}}, mp4::prsm_config("pxcC", 4, 2))))),
               Status::kOk);
@@ -147,7 +157,7 @@ TEST(AvcRules, ManifestCodecThatDiffersFromTheStreamRaises4130) {
                             Case{"avc1.64001f", true}, Case{std::nullopt, true}}) {
         DashContext dash = resolved_dash();
         dash.codecs = row.codecs;
-        DemuxRun run;
+        SampleRun run;
         run.dash = &dash;
         SegmentSlot slot;
         slot.kind = kSlotMedia;
@@ -169,7 +179,7 @@ TEST(AvcRules, RelatedCodecsJoinTheListWhileItHas99Characters) {
     DashContext dash = resolved_dash();
     dash.codecs = "pxav.09.01";
     dash.related_codecs = {"avc3.64001f", std::string(80, 'x'), "hvc1"};
-    DemuxRun run;
+    SampleRun run;
     run.dash = &dash;
     static_cast<void>(run.walk(
         mp4::plain_file(movie_of(avc_prisma({avc_sps_720()}, mp4::prsm_config("pxvC", 9, 2))))));
@@ -211,7 +221,7 @@ mp4::TrackSpec hevc_prisma(std::vector<Bytes> units, std::optional<Bytes> config
 
 std::vector<int> hevc_ids(const Bytes& sps, std::uint32_t compatible_id,
                           std::uint32_t profile = 8) {
-    DemuxRun run;
+    SampleRun run;
     static_cast<void>(run.walk(mp4::plain_file(movie_of(
         hevc_prisma({sps, kTrail}, mp4::prsm_config("pxvC", profile, 2, compatible_id))))));
     std::vector<int> ids = run.sink.ids();
@@ -220,7 +230,7 @@ std::vector<int> hevc_ids(const Bytes& sps, std::uint32_t compatible_id,
 }
 
 TEST(HevcRules, StreamWithoutConfigurationRaises4171AtItsSpsAlone) {
-    DemuxRun run;
+    SampleRun run;
     EXPECT_EQ(run.walk(mp4::plain_file(
                   movie_of(hevc_prisma({hevc_sps(9, 16, 9), kTrail}, std::nullopt)))),
               Status::kRuleBroken);
@@ -228,7 +238,7 @@ TEST(HevcRules, StreamWithoutConfigurationRaises4171AtItsSpsAlone) {
 }
 
 TEST(HevcRules, PlainStreamIsNotLookedAt) {
-    DemuxRun run;
+    SampleRun run;
     EXPECT_EQ(run.walk(mp4::plain_file(
                   movie_of(hevc_prisma({hevc_sps(1, 1, 1), kTrail}, std::nullopt, "hvc1")))),
               Status::kOk);
@@ -236,7 +246,7 @@ TEST(HevcRules, PlainStreamIsNotLookedAt) {
 }
 
 TEST(HevcRules, InBandSpsIsHeldAgainstTheLevel) {
-    DemuxRun run;
+    SampleRun run;
     static_cast<void>(run.walk(mp4::plain_file(
         movie_of(hevc_prisma({hevc_sps(9, 16, 9)}, mp4::prsm_config("pxvC", 8, 5, 1))))));
     EXPECT_TRUE(raised(run, 4253));
@@ -255,7 +265,7 @@ TEST(HevcRules, ColourOfProfile8FollowsItsBaseLayer) {
 }
 
 TEST(HevcRules, ColourMessagesTellTheValues) {
-    DemuxRun run;
+    SampleRun run;
     static_cast<void>(run.walk(mp4::plain_file(
         movie_of(hevc_prisma({hevc_sps(1, 7, 5)}, mp4::prsm_config("pxvC", 8, 2, 4))))));
     EXPECT_EQ(text_of(run, 4267),
@@ -274,7 +284,7 @@ TEST(HevcRules, TransferOfBaseLayer4AsksForABrand) {
         auto movie =
             movie_of(hevc_prisma({hevc_sps(9, transfer, 9)}, mp4::prsm_config("pxvC", 8, 2, 4)));
         movie.ftyp_box = mp4::ftyp("isom", brands);
-        DemuxRun run;
+        SampleRun run;
         static_cast<void>(run.walk(mp4::plain_file(movie)));
         return text_of(run, 2030);
     };
@@ -297,7 +307,7 @@ TEST(HevcRules, SupplementalCodecsOfAPlaylistHoldTheCodecWithItsBrand) {
         ManifestContext context;
         context.stream_index = 3;
         context.supplemental_codecs = std::move(supplemental);
-        DemuxRun run;
+        SampleRun run;
         run.manifest = &context;
         run.suffix = "init";
         SegmentSlot slot;
@@ -321,7 +331,7 @@ TEST(HevcRules, CmafSegmentsWantTheirSegmentProfile) {
         movie.ftyp_box = mp4::ftyp("isom", {brand, "pb4h"});
         DashContext dash = resolved_dash();
         dash.segment_profiles = std::move(profiles);
-        DemuxRun run;
+        SampleRun run;
         run.dash = &dash;
         run.suffix = "init";
         SegmentSlot slot;
@@ -359,7 +369,7 @@ TEST(HevcRules, SpsWithoutTimingTakesTheContainersFrameRate) {
     movie.tracks[0].samples[0].duration = 16;  // 62.5 frames a second
     DashContext dash = resolved_dash();
     dash.segment_profiles = "chd1";
-    DemuxRun run;
+    SampleRun run;
     run.dash = &dash;
     SegmentSlot slot;
     slot.kind = kSlotMedia;
@@ -378,7 +388,7 @@ TEST(HevcRules, ConfigurationWithoutVpsIsHeldAgainstTheStreamsOnceAndTheOutputSt
     last.data = length_prefixed({idr});
     track.samples.push_back(last);
     ManifestContext context;
-    DemuxRun run;
+    SampleRun run;
     run.manifest = &context;
     run.suffix = "init";
     SegmentSlot slot;
@@ -388,14 +398,14 @@ TEST(HevcRules, ConfigurationWithoutVpsIsHeldAgainstTheStreamsOnceAndTheOutputSt
     // The units that go in stay those of the configuration.
     const Bytes sps = hevc_sps(9, 16, 9);
     EXPECT_EQ(run.output("in.out.265"), start_coded({vps, kTrail, vps, kTrail, sps, idr}));
-    DemuxRun plain;
+    SampleRun plain;
     static_cast<void>(plain.walk(mp4::plain_file(movie_of(track))));
     EXPECT_FALSE(raised(plain, 4210));
 }
 
 TEST(HevcRules, DualLayerStreamComparesItsTwoLayersOnce) {
     const Bytes same = mp4::join({{0x7E, 0x01}, hevc_sps(2, 2, 2), {0x7E}});
-    DemuxRun run;
+    SampleRun run;
     static_cast<void>(run.walk(
         mp4::plain_file(movie_of(hevc_prisma({same, same}, mp4::prsm_config("pxcC", 4, 2))))));
     EXPECT_EQ(run.sink.count(4252), 1U);
@@ -404,14 +414,14 @@ TEST(HevcRules, DualLayerStreamComparesItsTwoLayersOnce) {
     half.width = 640;
     half.height = 360;
     const Bytes inner = mp4::join({{0x7E, 0x01}, build_hevc_sps(half), {0x7E}});
-    DemuxRun fits;
+    SampleRun fits;
     static_cast<void>(
         fits.walk(mp4::plain_file(movie_of(hevc_prisma({inner}, mp4::prsm_config("pxcC", 4, 2))))));
     EXPECT_FALSE(raised(fits, 4252));
 }
 
 TEST(HevcRules, MetadataUnitOfADualLayerStreamIsNoted) {
-    DemuxRun run;
+    SampleRun run;
     static_cast<void>(run.walk(mp4::plain_file(
         movie_of(hevc_prisma({{0x7C, 0x01, 0x19}}, mp4::prsm_config("pxcC", 4, 2))))));
     EXPECT_EQ(run.demuxer()->streams[0]->rpu_seen, 1U);
@@ -486,7 +496,7 @@ std::vector<int> av1_ids(const Bytes& data, std::vector<Bytes> boxes,
     mp4::TrackSpec track;
     track.entries = {mp4::video_entry("av01", 1280, 720, {mp4::join(boxes)})};
     track.samples = {sample(data)};
-    DemuxRun run;
+    SampleRun run;
     static_cast<void>(run.walk(mp4::plain_file(movie_of(track))));
     EXPECT_EQ(run.output("in_track_id_1.out.obu"), data);
     return run.sink.ids();
