@@ -8,6 +8,7 @@
 #include "src/fmp4demuxer/segment_index.h"
 #include "src/fmp4demuxer/track_driver.h"
 #include "src/hls/channels.h"
+#include "src/id3demuxer/id3demux.h"
 #include "src/log/logging.h"
 #include "src/tsTableParse/segment_timing.h"
 #include "src/tsTableParse/ts_demux.h"
@@ -47,15 +48,10 @@ void send_no_timing(StreamState& state) {
     bubbleSegment(state.sync_list, record);
 }
 
-// The place of the packed audio demultiplexer: such segments can't be taken apart yet, so the
-// stream fails.
-Status demux_packed_audio(StreamState& state, const SegmentSlot& slot, bool /*is_first*/) {
-    return Status::kFailed | Logging_err_type_check(state.loglist, 2015, {}, slot.uri);
-}
-
 void handle_packed_audio(StreamState& state, const SegmentSlot& slot) {
     if (open_range(state, slot)) {
-        state.add(demux_packed_audio(state, slot, begin_segment(state)));
+        state.add(id3demux(&*state.input, &slot, state.output_dir, state.name, begin_segment(state),
+                           state.context, state.loglist));
     }
     send_no_timing(state);
 }
