@@ -50,8 +50,8 @@ void send_no_timing(StreamState& state) {
 
 void handle_packed_audio(StreamState& state, const SegmentSlot& slot) {
     if (open_range(state, slot)) {
-        state.add(id3demux(&state.input.value(), &slot, state.output_dir, state.name,
-                           begin_segment(state), state.context, state.loglist));
+        state.add(id3demux(&*state.input, &slot, state.output_dir, state.name, begin_segment(state),
+                           state.context, state.loglist));
     }
     send_no_timing(state);
 }

@@ -44,5 +44,50 @@ class ElementaryStreams(MediaCase):
             self.assertEqual(self.split(name, expect=1), {})
 
 
+TAG = (b"ID3\4\0\0\0\0\0\x3fPRIV\0\0\0\x35\0\0com.apple.streaming.transportStreamTimestamp\0" + bytes(8))
+
+
+class PackedRenditions(MediaCase):
+    """A rendition of tagged segments; its audio comes out as it was before it was packed."""
+
+    def write(self, name, data):
+        with open(self.path(name), "wb") as file:
+            file.write(data if isinstance(data, bytes) else data.encode())
+
+    def pack(self, codec, muxer, codecs, *options):
+        playlist = "#EXTM3U\n#EXT-X-VERSION:6\n#EXT-X-TARGETDURATION:2\n"
+        audio = b""
+        for number in range(3):
+            ffmpeg("-f", "lavfi", "-i", "sine=f=%d:r=48000:d=1" % (300 + number), "-c:a", codec, "-ac", "2", *options,
+                   "-f", muxer, self.path("part"))
+            part = self.read(self.path("part"))
+            audio += part
+            self.write("seg%d.%s" % (number, muxer), TAG + part)
+            playlist += "#EXTINF:1.0,\nseg%d.%s\n" % (number, muxer)
+        self.write("audio.m3u8", playlist + "#EXT-X-ENDLIST\n")
+        self.write("master.m3u8",
+                   "#EXTM3U\n#EXT-X-VERSION:6\n"
+                   '#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="a",NAME="one",LANGUAGE="en",DEFAULT=YES,AUTOSELECT=YES,'
+                   'CHANNELS="2",URI="audio.m3u8"\n'
+                   '#EXT-X-STREAM-INF:BANDWIDTH=200000,CODECS="%s",AUDIO="a"\naudio.m3u8\n' % codecs)
+        return audio
+
+    def check(self, codec, muxer, codecs, extension):
+        audio = self.pack(codec, muxer, codecs)
+        outputs = self.split("master.m3u8")
+        named = [path for name, path in outputs.items() if "_GroupID_a_Lang_en_Channel_2ch.out." + extension in name]
+        self.assertEqual(len(named), 1, outputs)
+        self.assertEqual(self.read(named[0]), audio)
+
+    def test_eac3(self):
+        self.check("eac3", "eac3", "ec-3", "ec3")
+
+    def test_ac3(self):
+        self.check("ac3", "ac3", "ac-3", "ac3")
+
+    def test_aac(self):
+        self.check("aac", "adts", "mp4a.40.2", "aac")
+
+
 if __name__ == "__main__":
     unittest.main()
