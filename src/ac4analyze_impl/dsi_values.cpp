@@ -78,19 +78,4 @@ int check_ac4_codec_component_value_valid(OptText component) {
     return component && is_component(*component) ? 0 : 1;
 }
 
-bool ac4_codec_match(OptText codec, OptText pattern) {
-    if (!codec || !pattern) {
-        return !codec && !pattern;
-    }
-    const std::string_view text = *codec;
-    const std::string_view wanted = *pattern;
-    if (wanted.size() > kFullCodecLength) {
-        return text == wanted && text.data() == wanted.data();  // the very same text
-    }
-    if (wanted.size() == kFullCodecLength) {
-        return text == wanted;
-    }
-    return text.size() <= kFullCodecLength && text.substr(0, wanted.size()) == wanted;
-}
-
 }  // namespace mediasplit

@@ -34,8 +34,4 @@ int extract_ac4_profile_value_from_dash_codecs(OptText codecs, Ac4CodecProfile* 
 // 0 for exactly two hexadecimal digits, else 1.
 int check_ac4_codec_component_value_valid(OptText component);
 
-// Whether a codec of a playlist matches a pattern: a shorter pattern than "ac-4.xx.xx.xx" is what
-// it must begin with, a full one what it must be. Two missing texts match.
-bool ac4_codec_match(OptText codec, OptText pattern);
-
 }  // namespace mediasplit

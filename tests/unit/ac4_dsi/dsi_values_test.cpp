@@ -101,31 +101,5 @@ TEST(CodecText, ComponentIsTwoHexadecimalDigits) {
     EXPECT_EQ(check_ac4_codec_component_value_valid(nullptr), 1);
 }
 
-TEST(CodecText, MatchesByThePatternsLength) {
-    EXPECT_TRUE(ac4_codec_match("ac-4.02.01.03", "ac-4"));
-    EXPECT_TRUE(ac4_codec_match("ac-4.02.01.03", "ac-4.02.01"));
-    EXPECT_TRUE(ac4_codec_match("ac-4", "ac-4"));
-    EXPECT_TRUE(ac4_codec_match("ac-4.02.01.03", ""));
-    EXPECT_FALSE(ac4_codec_match("ac-4.02.01.03", "ac-4.02.02"));
-    EXPECT_FALSE(ac4_codec_match("ac-4", "ac-4.02"));
-    EXPECT_FALSE(ac4_codec_match("ac-4.02.01.033", "ac-4"));  // longer than a full one
-    EXPECT_TRUE(ac4_codec_match("ac-4.02.01.03", "ac-4.02.01.03"));
-    EXPECT_FALSE(ac4_codec_match("ac-4.02.01.04", "ac-4.02.01.03"));
-    EXPECT_FALSE(ac4_codec_match("ac-4.02.01.0", "ac-4.02.01.03"));
-}
-
-TEST(CodecText, LongPatternMatchesOnlyItself) {
-    const std::string pattern = "ac-4.02.01.03x";
-    const std::string copy = pattern;
-    EXPECT_FALSE(ac4_codec_match(copy, pattern));
-    EXPECT_TRUE(ac4_codec_match(pattern, pattern));
-}
-
-TEST(CodecText, MissingTextMatchesNothingButAMissingOne) {
-    EXPECT_FALSE(ac4_codec_match(nullptr, "ac-4"));
-    EXPECT_FALSE(ac4_codec_match("ac-4.02.01.03", nullptr));
-    EXPECT_TRUE(ac4_codec_match(nullptr, nullptr));
-}
-
 }  // namespace
 }  // namespace mediasplit
