@@ -109,6 +109,50 @@ class Bench:
         streams = ["-map", "0:v", "-c", "copy", "OUT/v.h264", "-map", "0:a", "-c", "copy", "OUT/a.aac"]
         self.against_copies("transport stream", self.looped("stream.ts"), streams)
 
+    def playlist(self):
+        """A master playlist of eight video and two audio renditions in fragments of 2 s, about 1 GB in all."""
+        def build(folder):
+            os.makedirs(folder)
+            pairs = []
+            maps = []
+            for i in range(8):
+                maps += ["-map", "0:v"]
+                pairs.append("v:%d" % i)
+            for i in range(2):
+                maps += ["-map", "0:a"]
+                pairs.append("a:%d" % i)
+            rounds = max(GIGABYTE // (8 * os.path.getsize(self.clip())), 1)
+            run(["ffmpeg", "-v", "error", "-y", "-stream_loop", str(rounds), "-i", self.clip(), *maps, "-c", "copy", "-f",
+                 "hls", "-hls_segment_type", "fmp4", "-hls_time", "2", "-hls_playlist_type", "vod",
+                 "-hls_fmp4_init_filename", "init_%v.mp4", "-hls_segment_filename", folder + "/s%v_%d.m4s",
+                 "-var_stream_map", " ".join(pairs), folder + "/list%v.m3u8"])
+            with open(folder + "/master.m3u8", "w") as master:
+                master.write("#EXTM3U\n")
+                for i in (8, 9):
+                    master.write('#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="a",NAME="%d",LANGUAGE="%s",URI="list%d.m3u8"\n' %
+                                 (i, ("en", "de")[i - 8], i))
+                for i in range(8):
+                    master.write('#EXT-X-STREAM-INF:BANDWIDTH=%d,FRAME-RATE=25,CODECS="avc1.640028,mp4a.40.2",AUDIO="a"\n'
+                                 "list%d.m3u8\n" % (60000000 + i, i))
+        folder = self.path("playlist")
+        if not os.path.exists(folder):
+            print("making playlist", flush=True)
+            shutil.rmtree(folder + ".part", ignore_errors=True)
+            build(folder + ".part")
+            os.replace(folder + ".part", folder)
+        source = folder + "/master.m3u8"
+        size = sum(os.path.getsize(os.path.join(folder, name)) for name in os.listdir(folder))
+        out = self.path("out")
+        words = ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", source]
+        for i in range(8):
+            words += ["-map", "0:v:%d" % i, "-c", "copy", "-f", "h264", "%s/v%d.h264" % (out, i)]
+        for i in range(2):
+            words += ["-map", "0:a:%d" % i, "-c", "copy", "-f", "adts", "%s/a%d.aac" % (out, i)]
+        self.compare("master playlist of ten renditions, %.0f MB" % (size / 1e6), {
+            "mediasplit": self.split(source),
+            "ffmpeg -map 0 -c copy": words,
+        })
+
     def many_samples(self):
         """Ten times the samples; the ratio of the times tells how the walk grows."""
         for kind, counts in (("plain", (200_000, 2_000_000)), ("fragmented", (50_000, 500_000))):
@@ -174,12 +218,12 @@ def main():
     parser.add_argument("--program", default="build/bench/src/main/mediasplit")
     parser.add_argument("--scratch", default="/tmp/mediasplit_bench")
     parser.add_argument("--runs", type=int, default=5)
-    parser.add_argument("jobs", nargs="*", help="mp4, ts, many_samples; default: all")
+    parser.add_argument("jobs", nargs="*", help="mp4, ts, playlist, many_samples; default: all")
     options = parser.parse_args()
     options.program = os.path.abspath(options.program)
     os.makedirs(options.scratch, exist_ok=True)
     bench = Bench(options)
-    for job in options.jobs or ["mp4", "ts", "many_samples"]:
+    for job in options.jobs or ["mp4", "ts", "playlist", "many_samples"]:
         getattr(bench, job)()
 
 
