@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "src/commonfileio/file_descriptor.h"
-#include "src/dash_thread/player_clock.h"
+#include "src/util/player_clock.h"
 #include "src/dash_thread/source_name.h"
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"

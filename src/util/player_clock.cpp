@@ -1,4 +1,4 @@
-#include "src/dash_thread/player_clock.h"
+#include "src/util/player_clock.h"
 
 #include "base/osal.h"
 

@@ -1,4 +1,4 @@
-// The clock that players of live manifests wait by.
+// The clock that followers of playlists and manifests wait by.
 #pragma once
 
 #include <cstdint>
