@@ -60,6 +60,9 @@ function(mediasplit_test name)
   endif()
 endfunction()
 
+# All harnesses: what is built and run for `make coverage`.
+add_custom_target(fuzz_harnesses)
+
 # mediasplit_fuzzer(<name> SOURCE <file> [MUTATOR <file>] [DEPENDS <targets...>])
 # With libFuzzer: a fuzzing program, which changes its inputs by LLVMFuzzerCustomMutator of the mutator. Without: a program that replays tests/fuzz/corpus/<name> as an
 # ordinary test.
@@ -71,6 +74,7 @@ function(mediasplit_fuzzer name)
   add_executable(${name}_fuzz ${ARG_SOURCE})
   target_include_directories(${name}_fuzz PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name}_fuzz PRIVATE mediasplit_options ${ARG_DEPENDS})
+  add_dependencies(fuzz_harnesses ${name}_fuzz)
   if(MEDIASPLIT_LIBFUZZER)
     target_sources(${name}_fuzz PRIVATE ${ARG_MUTATOR})
     target_link_options(${name}_fuzz PRIVATE -fsanitize=fuzzer)

@@ -9,6 +9,7 @@
 
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"
+#include "src/util/fetched_files.h"
 #include "src/util/fetcher.h"
 
 namespace mediasplit {
@@ -223,7 +224,7 @@ Status CloseFile(InputFile& file) {
         file.buffer = {};
         file.stream.close();
     }
-    if (file.temp_name && !file.temp_name->empty() && std::remove(file.temp_name->c_str()) != 0) {
+    if (file.temp_name && !file.temp_name->empty() && remove_fetched_file(*file.temp_name) != 0) {
         (void)Logging_err_type_check(nullptr, 11, LogContext{}, *file.temp_name,
                                      file.name.value_or(std::string()));
     }
@@ -235,6 +236,15 @@ Status CloseFile(InputFile& file) {
     file.filled = 0;
     file.offset = 0;
     return Status::kOk;
+}
+
+Status close_whole_input(InputFile& file, Loglist* loglist) {
+    Status status = Status::kOk;
+    if (const std::optional<FileStretch> loss = file.stream.loss()) {
+        status = Logging_err_type_check(loglist, 4065, {}, loss->start, loss->length,
+                                        file.name.value_or(std::string()));
+    }
+    return status | CloseFile(file);
 }
 
 std::uint64_t ReadBytes(void* destination, std::uint64_t count, InputFile& file) {

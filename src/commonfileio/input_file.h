@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "src/commonfileio/file_descriptor.h"
+#include "src/log/loglist.h"
 #include "src/log/status.h"
 #include "src/util/opt_text.h"
 
@@ -51,6 +52,10 @@ Status ReOpenFileEx(InputFile& file);
 // Closes the file and removes its temporary copy (message 11 if that fails). Always Status::kOk;
 // `range_active` stays as it was.
 Status CloseFile(InputFile& file);
+
+// CloseFile, and 4065 if bytes of the file have gone or couldn't be read since it was opened: then
+// its streams aren't whole.
+Status close_whole_input(InputFile& file, Loglist* loglist);
 
 // Delivers up to `count` bytes; less at the end of the range or of the file. Returns the number of
 // bytes delivered. A memory source delivers nothing.
