@@ -82,11 +82,14 @@ std::int64_t FileDescriptor::size() const {
 }
 
 std::optional<FileStretch> FileDescriptor::loss() const {
-    if (descriptor_ < 0 || size_at_open_ == 0) {
+    if (descriptor_ < 0) {
         return std::nullopt;
     }
-    const std::uint64_t end =
-        std::min(regular_size(descriptor_), error_at_.value_or(size_at_open_));
+    if (error_at_) {
+        // At least the byte that was asked for.
+        return FileStretch{*error_at_, std::max(size_at_open_, *error_at_ + 1) - *error_at_};
+    }
+    const std::uint64_t end = regular_size(descriptor_);
     if (end >= size_at_open_) {
         return std::nullopt;
     }

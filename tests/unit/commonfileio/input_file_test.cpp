@@ -1,5 +1,6 @@
 #include "src/commonfileio/input_file.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -532,8 +533,12 @@ TEST_F(InputFileTest, FileThatCannotBeReadIsToldAtTheClose) {
     std::uint8_t byte = 0;
     EXPECT_EQ(file_.stream.read({&byte, 1}), 0U);
     EXPECT_TRUE(file_.stream.at_end());
-    // It isn't a file with a size, so nothing can be said to be missing.
-    EXPECT_EQ(close_whole_input(file_, nullptr), Status::kOk);
+    file_.name = "memory";
+    EXPECT_EQ(close_whole_input(file_, nullptr), Status::kFailed);
+    ASSERT_EQ(sink.ids(), (std::vector<int>{4065}));
+    EXPECT_EQ(sink.reports()[0].text,
+              "Fail to read the data specified by the byte range [start : 0, length : 1] in the "
+              "segment file [memory] .");
 }
 
 }  // namespace
