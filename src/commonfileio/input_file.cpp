@@ -40,7 +40,7 @@ bool refill(InputFile& file, std::uint64_t size) {
     if (!reserve_buffer(file, size)) {
         return false;
     }
-    file.filled = file.stream.read(std::span(file.buffer).first(size));
+    file.filled = file.stream.read(std::span(file.buffer.data(), size));
     file.position = 0;
     return true;
 }
@@ -221,7 +221,7 @@ Status ReOpenFileEx(InputFile& file) {
 
 Status CloseFile(InputFile& file) {
     if (file.stream) {
-        file.buffer = {};
+        file.buffer = RawBuffer{};
         file.stream.close();
     }
     if (file.temp_name && !file.temp_name->empty() && remove_fetched_file(*file.temp_name) != 0) {
@@ -268,7 +268,7 @@ std::span<const std::uint8_t> read_view(std::uint64_t count, InputFile& file) {
         cut_to_range(count, file) != count) {
         return {};
     }
-    const auto view = std::span<const std::uint8_t>(file.buffer).subspan(file.position, count);
+    const auto view = std::span<const std::uint8_t>(file.buffer.data() + file.position, count);
     file.position += count;
     account(count, file);
     return view;

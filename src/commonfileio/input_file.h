@@ -6,9 +6,9 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "src/commonfileio/file_descriptor.h"
+#include "src/commonfileio/raw_buffer.h"
 #include "src/log/loglist.h"
 #include "src/log/status.h"
 #include "src/util/opt_text.h"
@@ -23,7 +23,7 @@ inline constexpr std::uint64_t kInputBlockSize = 0x100000;
 struct InputFile {
     FileDescriptor stream;     // none for a memory source
     std::uint64_t offset = 0;  // absolute place in the file of the next byte
-    std::vector<std::uint8_t> buffer;
+    RawBuffer buffer;
     std::span<const std::uint8_t> memory;  // the caller's bytes, for a memory source
     std::uint64_t filled = 0;              // valid bytes in the buffer
     std::uint64_t position = 0;            // next byte in the buffer

@@ -15,7 +15,7 @@ namespace {
 TEST(FetchedFiles, AllNotedFilesAreRemovedAndNoOthers) {
     const TempFolder folder;
     for (const char* name : {"a", "b", "c", "d"}) {
-        folder.write(name, "x");
+        (void)folder.write(name, "x");
     }
     note_fetched_file(folder.path("a"));
     note_fetched_file(folder.path("b"));
@@ -32,14 +32,14 @@ TEST(FetchedFiles, AllNotedFilesAreRemovedAndNoOthers) {
 
 TEST(FetchedFiles, FileThatWasNeverNotedIsRemovedAllTheSame) {
     const TempFolder folder;
-    folder.write("a", "x");
+    (void)folder.write("a", "x");
     EXPECT_EQ(remove_fetched_file(folder.path("a")), 0);
     EXPECT_NE(remove_fetched_file(folder.path("a")), 0);
 }
 
 TEST(FetchedFiles, NotedTwiceIsForgottenAtOnce) {
     const TempFolder folder;
-    folder.write("a", "x");
+    (void)folder.write("a", "x");
     note_fetched_file(folder.path("a"));
     note_fetched_file(folder.path("a"));
     forget_fetched_file(folder.path("a"));
@@ -61,7 +61,7 @@ TEST(FetchedFiles, ManyThreadsKeepTheirFilesApart) {
             for (int i = 0; i < 100; ++i) {
                 const std::string name = std::to_string(t) + "_" + std::to_string(i);
                 note_fetched_file(folder.path(name));
-                folder.write(name, "x");
+                (void)folder.write(name, "x");
                 if (i % 2 == 0) {
                     EXPECT_EQ(remove_fetched_file(folder.path(name)), 0);
                 }

@@ -245,7 +245,7 @@ TEST_F(FetcherTest, FetchedFileGoesWithAllOthersUntilItIsRemoved) {
     EXPECT_EQ(url2file(server_.url("/a"), path_), 0);
     EXPECT_EQ(remove_fetched_file(path_), 0);
     // Whatever takes the name afterwards is no fetched file.
-    folder_.write("fetched", "mine");
+    (void)folder_.write("fetched", "mine");
     remove_all_fetched_files();
     EXPECT_TRUE(std::filesystem::exists(path_));
 }
@@ -253,7 +253,7 @@ TEST_F(FetcherTest, FetchedFileGoesWithAllOthersUntilItIsRemoved) {
 TEST_F(FetcherTest, FailedFetchLeavesNoNoteOfItsFile) {
     EXPECT_NE(url2file(server_.url("/none"), path_), 0);
     EXPECT_EQ(url2file(server_.url("/none"), folder_.path("no/such/folder")), -1);
-    folder_.write("fetched", "mine");
+    (void)folder_.write("fetched", "mine");
     remove_all_fetched_files();
     EXPECT_TRUE(std::filesystem::exists(path_));
 }
