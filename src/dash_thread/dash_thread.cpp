@@ -39,33 +39,18 @@ std::optional<std::string> inherited(const DashRepresentationInfo& representatio
     return text ? std::optional<std::string>(*text) : std::nullopt;
 }
 
-bool depends_on(const DashRepresentationInfo& representation, const std::string& id) {
-    if (!representation.dependencyId) {
-        return false;
-    }
-    const std::string ids = " " + *representation.dependencyId + " ";
-    return ids.find(" " + id + " ") != std::string::npos;
-}
-
-// What goes with the Representation: those that share its initialization segment, and those that
-// it depends on, which only a reading of the whole Period shows.
+// What goes with the Representation: those that share its initialization segment. What it depends
+// on otherwise isn't in a reading of one Representation.
 std::vector<std::string> related_codecs(const DashPeriodInfo& period,
                                         const DashRepresentationInfo& representation) {
     std::vector<std::string> list;
-    const auto add = [&](const DashRepresentationInfo& other) {
+    for (const DashRepresentationInfo& other : representation.shared_init_representations) {
+        if (other.adaptation_set_index >= period.adaptation_sets.size()) {
+            continue;
+        }
         const DashAdaptationSetInfo& set = period.adaptation_sets[other.adaptation_set_index];
         if (auto codecs = inherited(other, set, "codecs"); codecs) {
             list.push_back(std::move(*codecs));
-        }
-    };
-    for (const DashRepresentationInfo& other : representation.shared_init_representations) {
-        if (other.adaptation_set_index < period.adaptation_sets.size()) {
-            add(other);
-        }
-    }
-    for (const DashRepresentationInfo& other : period.representations) {
-        if (&other != &representation && other.id && depends_on(representation, *other.id)) {
-            add(other);
         }
     }
     return list;
@@ -112,6 +97,20 @@ std::optional<std::string> find_key(OptText keypairs, OptText key_id) {
     }
     const auto key = get_decryption_key(keypairs, bytes, kKeyBits);
     return key ? std::optional<std::string>(*key) : std::nullopt;
+}
+
+// The key for the key id of the Representation or, as most manifests have it, of its AdaptationSet.
+std::optional<std::string> key_of(const DashInfo& info, OptText keypairs) {
+    const DashRepresentationInfo* const representation = first_representation(info);
+    if (representation == nullptr) {
+        return std::nullopt;
+    }
+    const DashPeriodInfo& period = info.periods[0];
+    const DashAdaptationSetInfo* const set =
+        representation->adaptation_set_index < period.adaptation_sets.size()
+            ? &period.adaptation_sets[representation->adaptation_set_index]
+            : nullptr;
+    return find_key(keypairs, get_dash_rep_attr_str(representation, set, "kid"));
 }
 
 // The name of the initialization segment: of a template, with the Representation's values in it.
@@ -182,10 +181,8 @@ int dash_thread(std::FILE* file, OptText text, const DashJob& job, Status& statu
     }
     const DashRepresentationInfo* const representation = first_representation(*reading.info);
     const auto suffix = output_suffix(player, representation);
-    const auto key = representation == nullptr
-                         ? std::nullopt
-                         : find_key(job.keypairs, representation->default_kid);
     DashContext context = make_context(*reading.info);
+    const auto key = key_of(*reading.info, job.keypairs);
     std::unique_ptr<Mp4Demuxer> demuxer =
         fmp4demux_create(job.output_dir, job.name, suffix, nullptr, &context, key, job.keypairs,
                          &status, job.loglist, kAllTracks);
