@@ -1,7 +1,11 @@
 #include "src/dash_thread/dash_thread.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <optional>
+#include <semaphore>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -26,6 +30,7 @@ constexpr int kDone = 0;
 constexpr std::uint32_t kBroadcastRules = 4;
 constexpr std::size_t kKeyBits = 128;
 constexpr std::size_t kKeyIdDigits = 32;
+constexpr std::ptrdiff_t kMostTrees = 4;  // held by all workers
 
 const DashRepresentationInfo* first_representation(const DashInfo& info) {
     return info.periods.empty() || info.periods[0].representations.empty()
@@ -124,6 +129,24 @@ std::optional<std::string> output_suffix(const DashPlayer& player,
     return result == 0 ? std::optional(std::move(name)) : std::nullopt;
 }
 
+// A worker's turn to hold the tree of a manifest. Few have it at a time: the trees of a large
+// manifest with many Representations wouldn't fit into memory side by side.
+class TreeTurn {
+public:
+    TreeTurn() { turns().acquire(); }
+    TreeTurn(const TreeTurn&) = delete;
+    TreeTurn& operator=(const TreeTurn&) = delete;
+    ~TreeTurn() { turns().release(); }
+
+private:
+    using Turns = std::counting_semaphore<kMostTrees>;
+    static Turns& turns() {
+        static Turns all(
+            std::clamp<std::ptrdiff_t>(std::thread::hardware_concurrency(), 1, kMostTrees));
+        return all;
+    }
+};
+
 // One reading of the manifest.
 struct Reading {
     EzxmlPtr root;
@@ -169,6 +192,7 @@ void attach(const DashJob& job, DashPlayer& player) {
 }  // namespace
 
 int dash_thread(std::FILE* file, OptText text, const DashJob& job, Status& status) {
+    std::optional<TreeTurn> turn(std::in_place);
     Reading reading;
     if (!read_manifest(file, text, job, reading, status)) {
         segment_duration_list_end(job.durations);
@@ -187,6 +211,7 @@ int dash_thread(std::FILE* file, OptText text, const DashJob& job, Status& statu
         fmp4demux_create(job.output_dir, job.name, suffix, nullptr, &context, key, job.keypairs,
                          &status, job.loglist, kAllTracks);
     reading.root.reset();
+    turn.reset();
     if (demuxer == nullptr) {
         status |= Status::kFailed;
         segment_duration_list_end(job.durations);
