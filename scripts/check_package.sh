@@ -12,7 +12,7 @@ trap 'rm -rf "$scratch"' EXIT
 build_copy() { # folder
     mkdir -p "$scratch/$1"
     git ls-files -z | xargs -0 cp --parents -t "$scratch/$1"
-    "$scratch/$1/scripts/package.sh" >/dev/null
+    CCACHE_DISABLE=1 "$scratch/$1/scripts/package.sh" >/dev/null # or both would be copies of one
 }
 
 package=${1:-}
@@ -31,11 +31,19 @@ if [ -z "$package" ]; then
 fi
 
 root=$scratch/root
-mmdebstrap --variant=apt --quiet "$(. /etc/os-release && echo "$VERSION_CODENAME")" "$root"
+# shellcheck source=/dev/null
+release=$(. /etc/os-release && echo "$VERSION_CODENAME")
+sources=()
+for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list /etc/apt/sources.list.d/*.sources; do
+    [ ! -s "$file" ] || sources+=("$file")
+done
+# The lists of packages stay, so that apt finds there what the package depends on.
+mmdebstrap --quiet --variant=apt --skip=cleanup/apt/lists "$release" "$root" "${sources[@]}"
 cp "$package" "$root/root/mediasplit.deb"
 chroot "$root" apt-get install -y -q --no-install-recommends /root/mediasplit.deb >"$scratch/install.log" 2>&1 ||
     { cat "$scratch/install.log" >&2; exit 1; }
 echo "check_package: installed in a bare system"
+# shellcheck disable=SC2016
 chroot "$root" sh -euc '
     cd /root
     mediasplit -v
