@@ -10,6 +10,7 @@
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"
 #include "src/util/address.h"
+#include "src/util/fetched_files.h"
 #include "src/util/fetcher.h"
 
 namespace mediasplit {
@@ -40,7 +41,7 @@ bool refill(InputFile& file, std::uint64_t size) {
     if (!reserve_buffer(file, size)) {
         return false;
     }
-    file.filled = file.stream.read(std::span(file.buffer).first(size));
+    file.filled = file.stream.read(std::span(file.buffer.data(), size));
     file.position = 0;
     return true;
 }
@@ -217,10 +218,10 @@ Status ReOpenFileEx(InputFile& file) {
 
 Status CloseFile(InputFile& file) {
     if (file.stream) {
-        file.buffer = {};
+        file.buffer = RawBuffer{};
         file.stream.close();
     }
-    if (file.temp_name && !file.temp_name->empty() && std::remove(file.temp_name->c_str()) != 0) {
+    if (file.temp_name && !file.temp_name->empty() && remove_fetched_file(*file.temp_name) != 0) {
         (void)Logging_err_type_check(nullptr, 11, LogContext{}, *file.temp_name,
                                      file.name.value_or(std::string()));
     }
@@ -232,6 +233,15 @@ Status CloseFile(InputFile& file) {
     file.filled = 0;
     file.offset = 0;
     return Status::kOk;
+}
+
+Status close_whole_input(InputFile& file, Loglist* loglist) {
+    Status status = Status::kOk;
+    if (const std::optional<FileStretch> loss = file.stream.loss()) {
+        status = Logging_err_type_check(loglist, 4065, {}, loss->start, loss->length,
+                                        file.name.value_or(std::string()));
+    }
+    return status | CloseFile(file);
 }
 
 std::uint64_t ReadBytes(void* destination, std::uint64_t count, InputFile& file) {
@@ -255,7 +265,7 @@ std::span<const std::uint8_t> read_view(std::uint64_t count, InputFile& file) {
         cut_to_range(count, file) != count) {
         return {};
     }
-    const auto view = std::span<const std::uint8_t>(file.buffer).subspan(file.position, count);
+    const auto view = std::span<const std::uint8_t>(file.buffer.data() + file.position, count);
     file.position += count;
     account(count, file);
     return view;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 
 #include "src/file_util/output_file.h"
 #include "src/log/status.h"
@@ -14,6 +15,7 @@ namespace mediasplit {
 struct OutputEntry {
     std::uint32_t kind = 0;  // 0: not in use
     std::uint64_t stream_id = 0;
+    std::string path;
     std::unique_ptr<OutputFile> file;
 };
 
@@ -32,7 +34,8 @@ struct OutputTable {
 // entries are in use.
 Status ioOpenFile(OptText path, std::uint32_t kind, std::uint64_t stream_id, OutputTable& table);
 
-// Closes all files of the table. False if anything couldn't be written.
+// Closes all files of the table. False, and message 4081 for each file that couldn't be written as a
+// whole.
 bool ioCloseFiles(OutputTable& table);
 
 // Writes the bytes if there is a file; write errors stay with the file. Always Status::kOk.

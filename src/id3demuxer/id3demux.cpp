@@ -157,8 +157,8 @@ Status id3demux(InputFile* file, const SegmentSlot* slot, OptText output_dir, Op
         status |= check_codecs(*kind, *context, loglist);
     }
     std::unique_ptr<OutputFile> output;
+    std::string path;
     if (output_dir) {
-        std::string path;
         if (buildFullName_Id3(&path, output_dir, name, context, extension_of(*kind), *kind) == 0) {
             output = outputs != nullptr ? outputs->open(path)
                                         : fileOpen_lstr(path, new_file ? "wb" : "ab");
@@ -168,7 +168,7 @@ Status id3demux(InputFile* file, const SegmentSlot* slot, OptText output_dir, Op
     }
     status |= read_audio(*kind, output.get(), *file, context, loglist);
     if (output != nullptr && !output->close()) {
-        status |= Status::kFailed;
+        status |= Logging_err_type_check(nullptr, 4081, {}, path);
     }
     return status;
 }

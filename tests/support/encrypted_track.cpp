@@ -103,8 +103,7 @@ mp4::TrackSpec audio(std::string_view scheme, const TencSpec& spec) {
     return track;
 }
 
-void add(mp4::TrackSpec& track, Bytes data, Bytes iv,
-         std::vector<SubsampleSpec> subsamples) {
+void add(mp4::TrackSpec& track, Bytes data, Bytes iv, std::vector<SubsampleSpec> subsamples) {
     mp4::SampleSpec spec;
     spec.data = std::move(data);
     spec.senc.iv = std::move(iv);

@@ -21,8 +21,8 @@ inline const std::string kPair = std::string(kKidText) + ":" + kKeyText;
 extern const mp4::Bytes kIv8;
 extern const mp4::Bytes kIv16;
 
-// Encrypts [from, from + count) with the keystream from block `number` on, for a counter that starts
-// at `iv`, zeros behind it.
+// Encrypts [from, from + count) with the keystream from block `number` on, for a counter that
+// starts at `iv`, zeros behind it.
 void ctr(mp4::Bytes& data, std::size_t from, std::size_t count, const mp4::Bytes& iv,
          std::uint32_t number);
 // Encrypts the blocks of [from, from + count) in a chain; `chain` is the block before them.

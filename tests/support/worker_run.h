@@ -1,5 +1,5 @@
-// What tests of stream workers need around them: a working folder, a server, a clock of its own, a Loglist, a list for
-// segment durations, and segments whose samples can be told apart.
+// What tests of stream workers need around them: a working folder, a server, a clock of its own, a
+// Loglist, a list for segment durations, and segments whose samples can be told apart.
 #pragma once
 
 #include <cstdint>

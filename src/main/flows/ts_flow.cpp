@@ -57,7 +57,7 @@ Status run_ts_series_with(TsDemux demux, Loglist* loglist) {
                 status |= check_segment_timing(previous, summary, loglist);
             }
         }
-        status |= CloseFile(input);
+        status |= close_whole_input(input, loglist);
         previous = summary;
     }
     if (n == 0) {
@@ -80,7 +80,7 @@ Status run_ts_file_with(TsDemux demux, Loglist* loglist) {
     } else {
         status |= Logging_err_type_check(loglist, 4022, {}, *g_input);
     }
-    return status | CloseFile(input);
+    return status | close_whole_input(input, loglist);
 }
 
 Status run_ts_series(Loglist* loglist) {

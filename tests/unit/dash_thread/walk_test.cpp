@@ -234,6 +234,56 @@ TEST_F(Walk, AddressThatRepeatsForEverIsPlayedTwiceAtMost) {
     EXPECT_EQ(output(), sample_text(0) + sample_text(0));
 }
 
+TEST_F(Walk, AddressThatRepeatsWithADurationIsPlayedTwiceAtMost) {
+    add("init.mp4", init_segment());
+    add("s.mp4", segment(0));
+    const std::string constant =
+        R"(<SegmentTemplate initialization="init.mp4" media="s.mp4" duration="2"/>)";
+    play(manifest("", "", constant));
+    EXPECT_EQ(output(), sample_text(0) + sample_text(0));
+    // A Period of known duration is filled.
+    play(manifest("", R"(duration="PT8S")", constant));
+    EXPECT_EQ(output(), sample_text(0) + sample_text(0) + sample_text(0) + sample_text(0) +
+                            sample_text(0) + sample_text(0));
+}
+
+TEST_F(Walk, TimelineOfOutsizedRepeatsIsNotPlayedForEver) {
+    add("init.mp4", init_segment());
+    add("s.mp4", segment(0));
+    add("t0.mp4", segment(1));
+    for (const char* media : {"s.mp4", "t$Time$.mp4"}) {
+        play(manifest("", "",
+                      std::string(R"(<SegmentTemplate initialization="init.mp4" media=")") + media +
+                          R"("><SegmentTimeline><S d="0" r="18446744073709551615"/>
+                                  </SegmentTimeline></SegmentTemplate>)"));
+    }
+    EXPECT_EQ(output(), sample_text(0) + sample_text(0) + sample_text(1) + sample_text(1));
+}
+
+TEST_F(Walk, TimelineOfOneAddressIsPlayedAsOftenAsItSays) {
+    add("init.mp4", init_segment());
+    add("s.mp4", segment(0));
+    play(manifest("", "", R"(<SegmentTemplate initialization="init.mp4" media="s.mp4">
+        <SegmentTimeline><S d="2" r="2"/></SegmentTimeline></SegmentTemplate>)"));
+    EXPECT_EQ(output(), sample_text(0) + sample_text(0) + sample_text(0));
+}
+
+TEST_F(Walk, StartBeyond64BitsEnds) {
+    add("init.mp4", init_segment());
+    // Number 1 and the last index make 0.
+    add("s0.mp4", segment(0));
+    add("s" + std::to_string(~std::uint64_t{0}) + ".mp4", segment(1));
+    for (const char* period : {R"(start="PT99999999999999999999999S")",
+                               R"(start="PT99999999999999999999999S" duration="PT4S")"}) {
+        play(manifest("", period,
+                      R"(<SegmentTemplate initialization="init.mp4" media="s$Number$.mp4"
+                          duration="1"/>)"));
+        EXPECT_EQ(result_, 0);
+        EXPECT_EQ(server_.requests("/init.mp4"), 0U);
+    }
+    EXPECT_EQ(output(), sample_text(0) + samples(1, 1) + sample_text(1) + samples(0, 1));
+}
+
 TEST_F(Walk, SegmentsWithoutDurationDoNotGoOnForEver) {
     server_.serve("/init.mp4", init_segment());
     for (int i = 1; i < 50; ++i) {

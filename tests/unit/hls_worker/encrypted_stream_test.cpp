@@ -35,10 +35,13 @@ std::vector<Scheme> schemes() {
              ctr(data, 10, 16, kIv8, 0);
              ctr(data, 170, 16, kIv8, 1);
          }},
-        {"cbc1", tenc_spec(16), kIv16,
-         [=](mp4::Bytes& data) { chain_over(data, {10}, 176); }},
-        {"cbcs", pattern_spec(1, 9), {},
-         [=](mp4::Bytes& data) { chain_over(data, {10, 170}, 16); }},
+        {"cbc1", tenc_spec(16), kIv16, [=](mp4::Bytes& data) { chain_over(data, {10}, 176); }},
+        {"cbcs",
+         pattern_spec(1, 9),
+         {},
+         [=](mp4::Bytes& data) {
+             chain_over(data, {10, 170}, 16);
+         }},
     };
 }
 
@@ -197,8 +200,9 @@ TEST_F(EncryptedStream, NoKeyFailsTheStreamAndWritesNothing) {
 
 TEST_F(EncryptedStream, OtherKeyAddressesAndMethodsAreNotLookedAt) {
     keypairs_ = kPair;
-    for (const char* tag : {"#EXT-X-KEY:METHOD=AES-128,URI=\"http://127.0.0.1:1/key\"\n",
-                            "#EXT-X-KEY:METHOD=NONE\n", "#EXT-X-KEY:METHOD=SAMPLE-AES,URI=\"k\"\n"}) {
+    for (const char* tag :
+         {"#EXT-X-KEY:METHOD=AES-128,URI=\"http://127.0.0.1:1/key\"\n", "#EXT-X-KEY:METHOD=NONE\n",
+          "#EXT-X-KEY:METHOD=SAMPLE-AES,URI=\"k\"\n"}) {
         outputs_ = StreamOutputs{};
         follow_local(tag + add_presentation("a", movie_of(schemes()[0])));
         EXPECT_EQ(data("a_init"), clear_samples()) << tag;

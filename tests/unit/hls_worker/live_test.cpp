@@ -113,8 +113,7 @@ TEST_F(FetchedStream, SegmentThatNeverEndsIsAFailedTry) {
 }
 
 TEST_F(FetchedStream, InitializationSectionIsTriedThreeTimes) {
-    server_.serve("/a/init.mp4",
-                  {{.status = 404}, {.status = 503}, {.body = mp4_init()}});
+    server_.serve("/a/init.mp4", {{.status = 404}, {.status = 503}, {.body = mp4_init()}});
     server_.serve("/a/0.m4s", mp4_segment(0));
     const std::string text = "#EXT-X-MAP:URI=\"init.mp4\"\n#EXTINF:1,\n0.m4s\n#EXT-X-ENDLIST\n";
     follow_address(text);

@@ -270,8 +270,9 @@ TEST_F(HlsFlow, ManyStreamsWithFindingsRunInTimingGroups) {
         }
         // The stream itself has no timing.
         add_ts("v" + group);
-        text += "#EXT-X-STREAM-INF:BANDWIDTH=1,FRAME-RATE=25,CODECS=\"avc1.42c00d,ac-4.02.01.00\"," +
-                ("AUDIO=\"" + group + "\"\nv" + group + ".m3u8\n");
+        text +=
+            "#EXT-X-STREAM-INF:BANDWIDTH=1,FRAME-RATE=25,CODECS=\"avc1.42c00d,ac-4.02.01.00\"," +
+            ("AUDIO=\"" + group + "\"\nv" + group + ".m3u8\n");
     }
     EXPECT_FALSE(has_failed(run_local(text)));
     EXPECT_EQ(sink_.count(2015), 2 * kRenditions);
