@@ -187,6 +187,23 @@ class Bench:
                 if title.startswith("E") else ["cat", source],
             })
 
+    def packed(self):
+        """Packed audio comes in segments of a playlist; this one has a single long segment."""
+        def build(path):
+            tone = self.make("tone.aac", lambda part: run(
+                ["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "anoisesrc=d=60:r=48000:a=0.3", "-ac", "2", "-c:a", "aac",
+                 "-b:a", "320k", "-f", "adts", part]))
+            repeat(tone, path, GIGABYTE, time_tag())
+
+        segment = self.make("segment.aac", build)
+        with open(self.path("packed.m3u8"), "w") as out:
+            out.write("#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\nsegment.aac\n#EXT-X-ENDLIST\n")
+        self.compare("packed AAC, %.0f MB" % (os.path.getsize(segment) / 1e6), {
+            "mediasplit": self.split(self.path("packed.m3u8")),
+            "cp": ["cp", segment, self.path("out/copy")],
+            "ffmpeg -c copy": ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", segment, "-c", "copy", self.path("out/a.aac")],
+        })
+
     def many_samples(self):
         """Ten times the samples; the ratio of the times tells how the walk grows."""
         for kind, counts in (("plain", (200_000, 2_000_000)), ("fragmented", (50_000, 500_000))):
@@ -251,11 +268,19 @@ def write_small_samples(path, kind, count):
 
 # ---- elementary streams -----------------------------------------------------------------------------
 
-def repeat(source, path, size):
-    """Whole copies of `source`, one behind the other, until `size` bytes are reached."""
+def time_tag():
+    """The ID3 tag that tells a segment's time."""
+    private = b"com.apple.streaming.transportStreamTimestamp\0" + bytes(8)
+    frame = b"PRIV" + len(private).to_bytes(4, "big") + bytes(2) + private
+    return b"ID3\4\0\0" + len(frame).to_bytes(4, "big") + frame
+
+
+def repeat(source, path, size, head=b""):
+    """`head`, then whole copies of `source`, one behind the other, until `size` bytes are reached."""
     with open(source, "rb") as file:
         content = file.read()
     with open(path, "wb") as out:
+        out.write(head)
         for _ in range(max(size // len(content), 1)):
             out.write(content)
 
@@ -271,7 +296,7 @@ def write_ac4(path):
             out.write((b"\xac\x40" + len(frame).to_bytes(2, "big") + frame) * 1000)
 
 
-JOBS = ["mp4", "ts", "encrypted", "elementary", "many_samples"]
+JOBS = ["mp4", "ts", "encrypted", "elementary", "packed", "many_samples"]
 
 
 def main():
