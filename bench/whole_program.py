@@ -204,6 +204,30 @@ class Bench:
             "ffmpeg -c copy": ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", segment, "-c", "copy", self.path("out/a.aac")],
         })
 
+    def dash(self):
+        """A presentation of 10 Representations beside a copy of all its streams, and many readings of one manifest."""
+        folder = self.make("dash", lambda path: write_presentation(path, self.clip()))
+        source = os.path.join(folder, "stream.mpd")
+        size = sum(entry.stat().st_size for entry in os.scandir(folder))
+        self.compare("DASH presentation of 10 Representations, %.0f MB" % (size / 1e6), {
+            "mediasplit": self.split(source),
+            "ffmpeg -c copy": ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", source, "-map", "0", "-c", "copy",
+                               self.path("out/all.mkv")],
+        })
+        self.large_manifests()
+
+    def large_manifests(self):
+        """Peak memory of workers that each read the manifest; they share one segment."""
+        for representations, megabytes in ((1, 1), (50, 1), (1, 20), (50, 20)):
+            folder = self.make("mpd_%d_%d" % (representations, megabytes), lambda path, count=representations, size=megabytes:
+                               write_large_manifest(path, count, size))
+            figures = [measure(self.split(os.path.join(folder, "stream.mpd")), [self.path("out/")])
+                       for _ in range(self.options.runs)]
+            self.notes.append("%d Representations of a manifest of %d MB: %.3f s, peak %.1f MiB." %
+                              (representations, megabytes, statistics.median(wall for wall, _, _ in figures),
+                               max(peak for _, _, peak in figures) / 1024))
+            print("\n" + self.notes[-1])
+
     def many_samples(self):
         """Ten times the samples; the ratio of the times tells how the walk grows."""
         for kind, counts in (("plain", (200_000, 2_000_000)), ("fragmented", (50_000, 500_000))):
@@ -217,6 +241,42 @@ class Bench:
                               (kind, counts[0], walls[0], counts[1], walls[1], walls[1] / walls[0]))
             print("\n" + self.notes[-1])
             self.write_table()
+
+
+# ---- presentations ----------------------------------------------------------------------------------
+
+def write_presentation(folder, clip):
+    """Nine video and one audio Representation of numbered segments of 2 s."""
+    os.makedirs(folder, exist_ok=True)
+    maps = ["-map", "0:v"] * 9 + ["-map", "0:a"]
+    subprocess.run(["ffmpeg", "-v", "error", "-y", "-i", clip, *maps, "-c", "copy", "-f", "dash", "-seg_duration", "2",
+                    "-adaptation_sets", "id=0,streams=v id=1,streams=a", "stream.mpd"], check=True, cwd=folder)
+
+
+def write_large_manifest(folder, representations, megabytes):
+    """Timelines that fill the manifest; the first segment lasts longer than the Period."""
+    os.makedirs(folder, exist_ok=True)
+    row = '<S t="%d" d="1000" r="0" padding="%s"/>\n'
+    width = len(row % (10 ** 11, "x" * 150))
+    rows = megabytes * 1_000_000 // representations // width
+    with open(os.path.join(folder, "stream.mpd"), "w") as out:
+        out.write('<MPD><Period duration="PT1S"><AdaptationSet mimeType="audio/mp4">\n')
+        for i in range(representations):
+            out.write('<Representation id="%d" bandwidth="1"><SegmentTemplate initialization="init.mp4?%d" media="s.mp4">'
+                      "<SegmentTimeline>\n" % (i, i))
+            out.writelines(row % (10 ** 11 + 1000 * j, "x" * 150) for j in range(rows))
+            out.write("</SegmentTimeline></SegmentTemplate></Representation>\n")
+        out.write("</AdaptationSet></Period></MPD>\n")
+    whole = os.path.join(folder, "whole.mp4")
+    write_small_samples(whole, "fragmented", 100)
+    with open(whole, "rb") as file:
+        data = file.read()
+    first = data.index(b"moof") - 4
+    with open(os.path.join(folder, "s.mp4"), "wb") as out:
+        out.write(data[first:])
+    for i in range(representations):
+        with open(os.path.join(folder, "init.mp4?%d" % i), "wb") as out:
+            out.write(data[:first])
 
 
 # ---- files of many small samples --------------------------------------------------------------------
@@ -256,7 +316,7 @@ def write_small_samples(path, kind, count):
         mvex = box(b"mvex", box(b"trex", bytes(4), struct.pack(">IIIII", 1, 1, 1536, 16, 0)))
         empty = [box(kind, bytes(8)) for kind in (b"stts", b"stsc", b"stco")] + [box(b"stsz", bytes(12))]
         out.write(ftyp + movie(empty, mvex))
-        for _ in range(5000 if count == 500_000 else 500):
+        for _ in range(count // 100):
             n = 100
             trun = box(b"trun", struct.pack(">IIi", 0x201, n, 0) + struct.pack(">I", 16) * n)
             moof_size = 8 + 16 + 8 + 16 + len(trun)
@@ -296,7 +356,7 @@ def write_ac4(path):
             out.write((b"\xac\x40" + len(frame).to_bytes(2, "big") + frame) * 1000)
 
 
-JOBS = ["mp4", "ts", "encrypted", "elementary", "packed", "many_samples"]
+JOBS = ["mp4", "ts", "dash", "encrypted", "elementary", "packed", "many_samples"]
 
 
 def main():

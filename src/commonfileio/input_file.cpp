@@ -9,6 +9,7 @@
 
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"
+#include "src/util/address.h"
 #include "src/util/fetched_files.h"
 #include "src/util/fetcher.h"
 
@@ -56,10 +57,6 @@ std::uint64_t first_read_size(const InputFile& file) {
 
 Status fill_first(InputFile& file) {
     return refill(file, first_read_size(file)) ? Status::kOk : Status::kCantOpen;
-}
-
-bool begins_with_http(std::string_view path) {
-    return path.starts_with("http://") || path.starts_with("https://");
 }
 
 // Copies out of the buffer without going past its end.
@@ -149,7 +146,7 @@ Status OpenFileEx(OptText path, const std::uint8_t* /*data*/, std::uint32_t /*si
             file.name = path.str();
         }
         file.offset = 0;
-        if (begins_with_http(*path)) {
+        if (is_url(*path)) {
             mallocAndCreateUniqueFileName("segment", file.temp_name);
             if (url2file(path, file.temp_name) != 0) {
                 return Status::kCantOpen;

@@ -25,7 +25,8 @@ struct OutputTable {
     std::array<OutputEntry, 10> entries;
     std::uint32_t kind_1_count = 0;
     std::uint32_t kind_2_count = 0;
-    std::uint32_t truncate = 0;  // 1: files are created anew, 0: added to
+    std::uint32_t truncate = 0;          // 1: files are created anew, 0: added to
+    OutputRegistry* registry = nullptr;  // decides in its place, if there is one
 };
 
 // Opens the file of a stream: `kind` 1 takes the next entry, `kind` 2 the separate one.

@@ -4,7 +4,6 @@
 
 #include <memory>
 #include <optional>
-#include <string_view>
 
 #include "src/file_util/output_folder.h"
 #include "src/log/logging.h"
@@ -13,6 +12,7 @@
 #include "src/main/process.h"
 #include "src/main/usage.h"
 #include "src/records/run_options.h"
+#include "src/util/address.h"
 #include "src/util/fetcher.h"
 
 namespace mediasplit {
@@ -21,17 +21,13 @@ namespace {
 
 constexpr std::uint32_t kBroadcastAc4Mask = 4;
 
-bool is_address(std::string_view text) {
-    return text.starts_with("http://") || text.starts_with("https://");
-}
-
 bool is_ts(FormatId format) {
     return format == FormatId::kTsSeries || format == FormatId::kTsFile;
 }
 
 // Makes the folders of the run. An exit status if that fails.
 std::optional<int> prepare_folders() {
-    if (is_address(*g_input) && recursive_create_path("tmp") != 0) {
+    if (is_url(*g_input) && recursive_create_path("tmp") != 0) {
         static_cast<void>(Logging_err_type_check(nullptr, 4062, {}));
         return 1;
     }
