@@ -89,6 +89,9 @@ class Bench:
                 file.write("- %s, %s: `%s`\n" % (row.title, row.name, words.replace(self.options.program, "mediasplit")))
             for note in self.notes:
                 file.write("\n" + note + "\n")
+            if self.options.kernels:
+                with open(self.options.kernels) as kernels:
+                    file.write("\nKernels, and decryption beside the bare cipher:\n\n```\n%s```\n" % kernels.read())
 
     def make(self, name, build):
         path = self.path(name)
@@ -365,6 +368,7 @@ def main():
     parser.add_argument("--scratch", default="/tmp/mediasplit_bench")
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--table", help="the file that the table is written to")
+    parser.add_argument("--kernels", help="output of the kernels' benchmarks, which goes into the table's file, too")
     parser.add_argument("jobs", nargs="*", help="some of: %s; default: all" % ", ".join(JOBS))
     options = parser.parse_args()
     options.program = os.path.abspath(options.program)
