@@ -1,4 +1,4 @@
-"""Inputs whose streams are known to the byte, for tests of what goes wrong around a run."""
+"""Inputs whose streams are known to the byte."""
 
 import struct
 
@@ -58,7 +58,8 @@ def packet(pid, start, payload, counter=0):
 
 
 def ts(payloads, pid=257):
-    """A transport stream with one ADTS stream, one PES packet for each payload."""
+    """A transport stream with one ADTS stream: one PES packet for each payload, or for the only one."""
+    payloads = [payloads] if isinstance(payloads, bytes) else payloads
     pat = bytes([0, 0, 0xB0, 13, 0, 1, 0xC1, 0, 0, 0, 1, 0xE1, 0, 0, 0, 0, 0])
     pmt = bytes([0, 2, 0xB0, 18, 0, 1, 0xC1, 0, 0, 0xE0 | pid >> 8, pid & 255, 0xF0, 0, 0x0F, 0xE0 | pid >> 8,
                  pid & 255, 0xF0, 0, 0, 0, 0, 0])
