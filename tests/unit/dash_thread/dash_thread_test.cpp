@@ -11,10 +11,6 @@ namespace {
 
 using DashThread = DashRun;
 
-std::string as_text(const mp4::Bytes& bytes) {
-    return {bytes.begin(), bytes.end()};
-}
-
 // An H.264 stream in an entry of the enhancement format, with its SPS in the sample.
 mp4::MovieSpec enhanced_movie() {
     testing::AvcSpsOptions options;

@@ -199,6 +199,7 @@ TEST_F(Live, ClockOfTheManifestGoesAheadOfItsPublishTime) {
     play_address(with_clock("urn:mpeg:dash:utc:direct:2014"));
     EXPECT_EQ(output(), samples(4, 5) + samples(4, 5));
     reload_count_ = 0;
+    live_remaining_ = 10;
     play_address(with_clock("urn:mpeg:dash:utc:http-iso:2014"));
     EXPECT_EQ(output(), samples(4, 5) + samples(4, 5) + samples(1, 2));
     EXPECT_EQ(sink_.count(2010), 0U);

@@ -210,6 +210,15 @@ TEST_F(Walk, IndexedFileIsWalkedByItsIndex) {
     EXPECT_DOUBLE_EQ(timing[3].duration, -1.0);
 }
 
+TEST_F(Walk, IndexedFileThatInitializesItselfIsWrittenOnce) {
+    add_indexed_file();
+    const std::string range = std::to_string(first_) + "-" + std::to_string(last_);
+    play(manifest("", R"(duration="PT2S")",
+                  R"(<BaseURL>init.mp4</BaseURL><SegmentBase indexRange=")" + range + R"("/>)"));
+    EXPECT_EQ(ids(), Ids{});
+    EXPECT_EQ(output(), samples(0, 2));
+}
+
 TEST_F(Walk, RangeWithoutAnIndexIsReported) {
     add_indexed_file();
     play(manifest("", R"(duration="PT2S")", indexed("0-15")));
