@@ -4,6 +4,7 @@
 
 #include "tests/unit/dash_thread/dash_run.h"
 
+#include "tests/support/mp4_builder.h"
 #include "tests/support/nal_builder.h"
 
 namespace mediasplit {
