@@ -5,9 +5,10 @@
 # Safe to run again: packages that are there are left alone. Works as root or through sudo.
 set -euo pipefail
 
-build_packages=(g++ cmake ninja-build make libcurl4-openssl-dev libmbedtls-dev)
-test_packages=(libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev clang clang-tidy clang-format
-               llvm ffmpeg mediainfo nginx-light openssl iso-codes python3)
+build_packages=(g++ cmake ninja-build make libcurl4-openssl-dev libmbedtls-dev
+                nlohmann-json3-dev)
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang clang-tidy clang-format
+               llvm ffmpeg mediainfo nginx-light openssl iso-codes python3 python3-jsonschema)
 
 wanted=("${build_packages[@]}")
 case "${1:-build}" in
