@@ -166,6 +166,7 @@ bool play_cur_segment(DashPlayer& player, InputFile& file, const std::optional<s
     const bool continues =
         slot.kind != kSlotUnset && demux(player, file, slot, demuxer, durations, status, loglist);
     status |= CloseFile(file);
+    note_segment();
     return continues;
 }
 

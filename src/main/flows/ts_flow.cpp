@@ -57,6 +57,7 @@ Status run_ts_series_with(TsDemux demux, Loglist* loglist) {
             }
         }
         status |= CloseFile(input);
+        note_segment();
         previous = summary;
     }
     if (n == 0) {
