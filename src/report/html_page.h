@@ -73,8 +73,9 @@ summary { cursor: pointer; }
 footer { height: 24px; }
 @media (max-width: 760px) {
   main, header { padding-left: 12px; padding-right: 12px; }
-  #findings thead { display: block; } #findings thead tr { display: flex; flex-wrap: wrap; }
-  #findings thead th { border: 0; padding: 4px 8px; }
+  #findings thead { display: block; }
+  #findings thead tr { display: flex; flex-wrap: wrap; background: var(--panel); }
+  #findings thead th { border: 0; padding: 4px 8px; background: none; }
   #findings tbody, #findings tbody tr { display: block; }
   #findings tbody tr { border-bottom: 1px solid var(--line); padding: 8px 0; }
   #findings tbody tr.hidden { display: none; }

@@ -1,10 +1,12 @@
 #include "src/report/live_lines.h"
 
+#include <pthread.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <string_view>
@@ -82,8 +84,14 @@ std::string live_text(const std::vector<StreamProgress>& streams, std::size_t co
     return text;
 }
 
-LiveLines::LiveLines(const FindingsCollector& collector)
-    : collector_(collector), thread_([this] { keep_up(); }) {
+LiveLines::LiveLines(const FindingsCollector& collector) : collector_(collector) {
+    // Signals are for the threads of the run.
+    sigset_t all{};
+    sigset_t before{};
+    static_cast<void>(::sigfillset(&all));
+    static_cast<void>(::pthread_sigmask(SIG_SETMASK, &all, &before));
+    thread_ = std::thread([this] { keep_up(); });
+    static_cast<void>(::pthread_sigmask(SIG_SETMASK, &before, nullptr));
     set_output_observer(this);
 }
 

@@ -68,7 +68,7 @@ class CommandsTest(ProgramTest):
         port = free_port()
         status = 0
         for command, expected in steps_of(page_text(page)):
-            command = command.replace("8000", str(port))
+            command = re.sub(r"\b8000\b", str(port), command)
             if command.endswith("&"):
                 self.start(command, port)
                 continue
