@@ -151,6 +151,16 @@ class ContentTest(InputTest):
         self.assertEqual([(note["text"], note["count"]) for note in report["notes"]], [
             ("Nothing was written to out/idle_PID_257.out.adts: its stream gave no data.", 1)])
 
+    def test_dropped_table_gets_a_note(self):
+        with open(CLIP, "rb") as file:
+            clip = bytearray(file.read())
+        at = clip.index(b"stts") + 8
+        clip[at:at + 4] = b"\x01\0\0\0"
+        self.write("huge.mp4", clip)
+        report = self.report_of("-i", "huge.mp4", "-o", "out")
+        self.assertIn({"stream": "", "text": "A sample table was dropped: it is larger than tables may be (2 MiB).",
+                       "count": 1}, report["notes"])
+
     def test_bytes_that_are_not_utf8_are_written_as_numbers(self):
         name = b"\xff\xe4\xb8\n.mp4"
         result = self.run_report("-i", name, "-o", "out", "--report", "report.json")
