@@ -1,11 +1,11 @@
 #include "src/mp4demuxer/box_walker.h"
-#include "tests/support/recording_sink.h"
 
 #include <algorithm>
 
 #include "base/xml_tree.h"
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/box_table.h"
+#include "tests/support/recording_sink.h"
 #include "tests/unit/mp4demuxer/walk_support.h"
 
 namespace mediasplit::mp4 {
