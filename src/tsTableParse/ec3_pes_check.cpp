@@ -44,6 +44,7 @@ Status check_substream_flags(const Ec3Check& at) {
 }
 
 Status check_channels(const Ec3Check& at) {
+    note_evaluated(4338);
     const std::uint32_t acmod = at.info.program[0].acmod;
     const auto matches = [&at, acmod](bool holds, const char* field) {
         return check(holds, at.loglist, 4337, {}, field, acmod);

@@ -81,6 +81,7 @@ Status inspect_avc_unit(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan unit, B
     const std::uint8_t type = first_byte(unit) & 0x1F;
     Status status = Status::kOk;
     if ((stream.box_flags & kBoxPrisma) != 0) {
+        note_evaluated(4171);
         if (stream.px_config == nullptr) {
             return Logging_err_type_check(demuxer.loglist, 4171, {});
         }

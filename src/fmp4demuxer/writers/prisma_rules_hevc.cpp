@@ -95,6 +95,7 @@ Status check_supplemental_codecs(const Mp4Demuxer& demuxer, const Mp4Stream& str
     }
     const ManifestContext& context = *demuxer.manifest_context;
     const PxConfig& config = *stream.px_config;
+    note_evaluated(4164);
     if (!context.supplemental_codecs) {
         return Logging_err_type_check(demuxer.loglist, 4164, {}, config.profile,
                                       config.bl_compatible_id, context.stream_index);
@@ -214,6 +215,7 @@ Status inspect_hevc_sps(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan from_un
     if ((stream.box_flags & kBoxPrisma) == 0) {
         return Status::kOk;
     }
+    note_evaluated(4171);
     if (stream.px_config == nullptr) {
         return Logging_err_type_check(demuxer.loglist, 4171, {});
     }
