@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "src/dash_reader/inherited.h"
-#include "src/fmp4demuxer/fmp4demux.h"
 
 namespace mediasplit {
 namespace {
@@ -48,16 +47,6 @@ MessageValue value_of(const PrismaStream& prisma, const RuleDetail& detail, Rule
 }
 
 }  // namespace
-
-Status find_manifest_records(const Mp4Demuxer& demuxer, ManifestRecords& records) {
-    ManifestContext* context = nullptr;
-    const Status status =
-        get_input_manifest_info(&demuxer, &records.mpd, &records.period, &records.adaptation_set,
-                                &records.representation, &context, demuxer.loglist);
-    records.mode = demuxer.input_mode;
-    records.context = context;
-    return status;
-}
 
 const DashAdaptationSetInfo* adaptation_set_of(const ManifestRecords& records,
                                                const DashRepresentationInfo& shared) {
