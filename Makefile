@@ -1,5 +1,5 @@
 # Front door. `make demo` and `make test` do everything on a bare Debian or Ubuntu machine.
-.PHONY: all demo test build deps test-deps fuzz bench lint format clean
+.PHONY: all demo test build deps test-deps fuzz coverage bench lint format clean
 
 JOBS := $(shell nproc)
 FUZZ_SECONDS ?= 60
@@ -26,6 +26,12 @@ test: test-deps
 # Every harness for FUZZ_SECONDS each.
 fuzz: test-deps
 	@STAGES=fuzz FUZZ_SECONDS=$(FUZZ_SECONDS) scripts/run_tests.sh
+
+# Lines of the readers that the fuzz corpus runs through.
+coverage: test-deps
+	@cmake --preset coverage >/dev/null
+	@cmake --build --preset coverage -j $(JOBS) --target fuzz_harnesses
+	@scripts/coverage.py
 
 bench: test-deps
 	@cmake --preset bench >/dev/null

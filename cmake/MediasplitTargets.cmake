@@ -60,18 +60,23 @@ function(mediasplit_test name)
   endif()
 endfunction()
 
-# mediasplit_fuzzer(<name> SOURCE <file> [DEPENDS <targets...>])
-# With libFuzzer: a fuzzing program. Without: a program that replays tests/fuzz/corpus/<name> as an
+# All harnesses: what is built and run for `make coverage`.
+add_custom_target(fuzz_harnesses)
+
+# mediasplit_fuzzer(<name> SOURCE <file> [MUTATOR <file>] [DEPENDS <targets...>])
+# With libFuzzer: a fuzzing program, which changes its inputs by LLVMFuzzerCustomMutator of the mutator. Without: a program that replays tests/fuzz/corpus/<name> as an
 # ordinary test.
 function(mediasplit_fuzzer name)
   if(NOT MEDIASPLIT_TESTS AND NOT MEDIASPLIT_LIBFUZZER)
     return()
   endif()
-  cmake_parse_arguments(ARG "" "SOURCE" "DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "" "SOURCE;MUTATOR" "DEPENDS" ${ARGN})
   add_executable(${name}_fuzz ${ARG_SOURCE})
   target_include_directories(${name}_fuzz PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name}_fuzz PRIVATE mediasplit_options ${ARG_DEPENDS})
+  add_dependencies(fuzz_harnesses ${name}_fuzz)
   if(MEDIASPLIT_LIBFUZZER)
+    target_sources(${name}_fuzz PRIVATE ${ARG_MUTATOR})
     target_link_options(${name}_fuzz PRIVATE -fsanitize=fuzzer)
   else()
     target_sources(${name}_fuzz PRIVATE ${PROJECT_SOURCE_DIR}/tests/fuzz/replay_main.cpp)

@@ -165,7 +165,7 @@ bool play_cur_segment(DashPlayer& player, InputFile& file, const std::optional<s
     complete_range(slot, file);
     const bool continues =
         slot.kind != kSlotUnset && demux(player, file, slot, demuxer, durations, status, loglist);
-    status |= CloseFile(file);
+    status |= close_whole_input(file, loglist);
     return continues;
 }
 

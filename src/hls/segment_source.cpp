@@ -94,7 +94,7 @@ void adopt_segment(StreamState& state, const SegmentSlot& slot, LocalSegment seg
         return;
     }
     if (state.input) {
-        state.add(CloseFile(*state.input));
+        state.add(close_whole_input(*state.input, state.loglist));
     }
     state.input.emplace();
     state.add(

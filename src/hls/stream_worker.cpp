@@ -175,7 +175,7 @@ std::int64_t threadRecursion(StreamState& state, std::size_t index) {
 void close_stream(StreamState& state) {
     state.add(fmp4demux_destroy(std::move(state.demuxer)));
     if (state.input) {
-        state.add(CloseFile(*state.input));
+        state.add(close_whole_input(*state.input, state.loglist));
         state.input.reset();
     }
     destroy(state.playlist);

@@ -26,8 +26,8 @@ protected:
         add_segments(4);
         for (const char* name : {"a", "b"}) {
             add(std::string(name) + "_init.mp4", init_segment());
-            add(std::string(name) + "_1.mp4", segment(1));
-            add(std::string(name) + "_2.mp4", segment(2));
+            add(std::string(name) + "_1.mp4", mp4_segment(1));
+            add(std::string(name) + "_2.mp4", mp4_segment(2));
         }
     }
     Status run(const std::string& input, const std::string& mpd) {
@@ -162,7 +162,7 @@ TEST_F(DashFlow, Ac4AndVideoAreTimedAgainstEachOther) {
         return period(representation("a", first) + representation("b", second));
     };
     add("b_1.mp4", [] {
-        std::string bytes = segment(1);
+        std::string bytes = mp4_segment(1);
         // The duration of the sample, 2000 ms, becomes 3000 ms.
         const std::string told("\0\0\x07\xD0", 4);
         return bytes.replace(bytes.rfind(told), 4, std::string("\0\0\x0B\xB8", 4));
@@ -174,7 +174,7 @@ TEST_F(DashFlow, Ac4AndVideoAreTimedAgainstEachOther) {
     sink_.clear();
     (void)run_local(codecs(R"(codecs="mp4a.40.2")", R"(mimeType="video/mp4")"));
     EXPECT_EQ(sink_.count(4110), 0U);
-    add("b_1.mp4", segment(1));
+    add("b_1.mp4", mp4_segment(1));
     (void)run_local(codecs(R"(codecs="ac-4.02.01.00")", R"(mimeType="video/mp4")"));
     EXPECT_EQ(sink_.count(4110), 0U);
 }

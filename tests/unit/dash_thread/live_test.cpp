@@ -107,7 +107,7 @@ TEST_F(Live, StaticManifestBehindAnAddressIsPlayedAsAWhole) {
 
 TEST_F(Live, TimePassedIsTakenOffTheWait) {
     add_segments(3);
-    server_.serve("/s2.mp4", {{.status = 404}, {.body = segment(2)}});
+    server_.serve("/s2.mp4", {{.status = 404}, {.body = mp4_segment(2)}});
     play_address(live("00"));
     EXPECT_EQ(ids(), (Ids{1026, 2052, 1023}));
     EXPECT_NE(texts(1023)[0].find("UPDATE(2000 ms)"), std::string::npos);
@@ -116,7 +116,7 @@ TEST_F(Live, TimePassedIsTakenOffTheWait) {
 
 TEST_F(Live, WaitThatIsOverIsToldAsOneMillisecond) {
     add_segments(3);
-    server_.serve("/s1.mp4", {{.status = 404}, {.status = 404}, {.body = segment(1)}});
+    server_.serve("/s1.mp4", {{.status = 404}, {.status = 404}, {.body = mp4_segment(1)}});
     play_address(live("00"));
     EXPECT_NE(texts(1023)[0].find("UPDATE(1 ms)"), std::string::npos);
     EXPECT_EQ(TestClock::sleeps, (Sleeps{2, 2, 0}));

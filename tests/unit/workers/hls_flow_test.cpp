@@ -174,6 +174,17 @@ TEST_F(HlsFlow, MissingInputIsReported) {
     EXPECT_TRUE(fs::is_empty("tmp"));
 }
 
+TEST_F(HlsFlow, CopyOfTheMasterPlaylistThatIsGoneIsReported) {
+    HttpReply master{.body = kMedia + kVideo};
+    master.on_request = [] { remove_files("tmp", "master_manifest"); };
+    server_.serve("/master.m3u8", {master});
+    g_input = server_.url("/master.m3u8");
+    EXPECT_EQ(run_hls(loglist_.get()), Status::kFailed);
+    ASSERT_EQ(sink_.ids(), (Ids{4022, 11}));
+    EXPECT_TRUE(sink_.reports()[1].text.starts_with("Fail to remove tmp/master_manifest_"));
+    EXPECT_TRUE(sink_.reports()[1].text.ends_with(" (" + *g_input + ")"));
+}
+
 TEST_F(HlsFlow, PlaylistOfStreamsAndSegmentsIsRefused) {
     EXPECT_EQ(run_local(kVideo + "#EXTINF:2,\naudio.ts\n"), Status::kFailed);
     EXPECT_EQ(sink_.ids(), Ids{4059});
