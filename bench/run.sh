@@ -9,5 +9,6 @@ for kernel in build/bench/bench/*_bench; do
     "$kernel" --benchmark_min_time=0.5 2>/dev/null | tee -a "$kernels"
 done
 build/bench/bench/decryption_ratio | tee -a "$kernels"
+python3 bench/plain_video_ratio.py | tee -a "$kernels"
 python3 bench/whole_program.py --program build/bench/src/main/mediasplit --table docs/performance.md \
     --kernels "$kernels" "$@"
