@@ -66,8 +66,8 @@ std::string own_options_text() {
 std::string help_text() {
     return "Usage: mediasplit-report -i INPUT -o FOLDER [OPTION...]\n"
            "\n"
-           "Takes streaming media apart as mediasplit does, and reports what its rules found on\n"
-           "the way: where containers, manifests and bitstreams don't keep to the standards.\n"
+           "Takes streaming media apart as mediasplit does, and reports what its rules found\n"
+           "on the way: where containers, manifests and bitstreams break the standards.\n"
            "\n" +
            own_options_text() +
            "\n"
