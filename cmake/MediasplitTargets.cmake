@@ -33,6 +33,12 @@ target_compile_options(mediasplit_test_options INTERFACE -O1
 
 function(mediasplit_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  # Folders are added lowest floor first: what isn't there yet lies on a higher one.
+  foreach(dependency ${ARG_DEPENDS})
+    if(NOT TARGET ${dependency} AND NOT IS_ABSOLUTE ${dependency})  # a file is a library of the system
+      message(FATAL_ERROR "${name} depends on ${dependency}, which isn't on a lower floor")
+    endif()
+  endforeach()
   add_library(${name} STATIC ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE mediasplit_options PUBLIC ${ARG_DEPENDS})
@@ -60,18 +66,23 @@ function(mediasplit_test name)
   endif()
 endfunction()
 
-# mediasplit_fuzzer(<name> SOURCE <file> [DEPENDS <targets...>])
-# With libFuzzer: a fuzzing program. Without: a program that replays tests/fuzz/corpus/<name> as an
+# All harnesses: what is built and run for `make coverage`.
+add_custom_target(fuzz_harnesses)
+
+# mediasplit_fuzzer(<name> SOURCE <file> [MUTATOR <file>] [DEPENDS <targets...>])
+# With libFuzzer: a fuzzing program, which changes its inputs by LLVMFuzzerCustomMutator of the mutator. Without: a program that replays tests/fuzz/corpus/<name> as an
 # ordinary test.
 function(mediasplit_fuzzer name)
   if(NOT MEDIASPLIT_TESTS AND NOT MEDIASPLIT_LIBFUZZER)
     return()
   endif()
-  cmake_parse_arguments(ARG "" "SOURCE" "DEPENDS" ${ARGN})
+  cmake_parse_arguments(ARG "" "SOURCE;MUTATOR" "DEPENDS" ${ARGN})
   add_executable(${name}_fuzz ${ARG_SOURCE})
   target_include_directories(${name}_fuzz PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name}_fuzz PRIVATE mediasplit_options ${ARG_DEPENDS})
+  add_dependencies(fuzz_harnesses ${name}_fuzz)
   if(MEDIASPLIT_LIBFUZZER)
+    target_sources(${name}_fuzz PRIVATE ${ARG_MUTATOR})
     target_link_options(${name}_fuzz PRIVATE -fsanitize=fuzzer)
   else()
     target_sources(${name}_fuzz PRIVATE ${PROJECT_SOURCE_DIR}/tests/fuzz/replay_main.cpp)

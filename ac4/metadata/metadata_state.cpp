@@ -1,5 +1,6 @@
 #include "ac4/metadata/metadata_state.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace mediasplit {
@@ -11,19 +12,34 @@ auto find_slot(Slots& slots, int number) -> decltype(&slots[0]) {
     return number >= 0 && index < slots.size() ? &slots[index] : nullptr;
 }
 
+// The slot, from now on counted as used.
+template <typename Slots>
+MetadataSlot* use_slot(Slots& slots, int number, std::size_t& used) {
+    MetadataSlot* const slot = find_slot(slots, number);
+    if (slot != nullptr) {
+        used = std::max(used, static_cast<std::size_t>(number) + 1);
+    }
+    return slot;
+}
+
 }  // namespace
 
 void ac4_metadata_state_reset(Ac4MetadataState* state) {
-    state->substreams.fill({});
-    state->presentations.fill({});
+    std::fill_n(state->substreams.begin(), state->used_substreams, MetadataSlot{});
+    std::fill_n(state->presentations.begin(), state->used_presentations, MetadataSlot{});
+    state->used_substreams = 0;
+    state->used_presentations = 0;
 }
 
 MetadataSlot* metadata_substream_slot(Ac4MetadataState* state, int substream) {
-    return state != nullptr ? find_slot(state->substreams, substream) : nullptr;
+    return state != nullptr ? use_slot(state->substreams, substream, state->used_substreams)
+                            : nullptr;
 }
 
 MetadataSlot* metadata_presentation_slot(Ac4MetadataState* state, int presentation) {
-    return state != nullptr ? find_slot(state->presentations, presentation) : nullptr;
+    return state != nullptr
+               ? use_slot(state->presentations, presentation, state->used_presentations)
+               : nullptr;
 }
 
 LoudnessCarried metadata_carry_loudness(MetadataSlot& slot, const CodedField& dialnorm_bits,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "ac4/metadata/dialogue_enhancement.h"
@@ -43,6 +44,9 @@ struct MetadataSlot {
 struct Ac4MetadataState {
     std::array<MetadataSlot, kMetadataSubstreams> substreams{};
     std::array<MetadataSlot, kMetadataPresentations> presentations{};
+    // Slots from these on were never handed out and are as they were made.
+    std::size_t used_substreams = 0;
+    std::size_t used_presentations = 0;
 };
 
 // Forgets everything that was seen.

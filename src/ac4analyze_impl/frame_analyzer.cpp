@@ -50,7 +50,12 @@ void clear_result(AnalysisRecord* result) {
     for (AnalysisSubstream& substream : result->substreams) {
         substream.slot = kUnusedSlot;
     }
-    result->groups.fill(AnalysisGroup{});
+    for (AnalysisGroup& group : result->groups) {
+        // The others are as they were made.
+        if (group.present || group.listed != 0) {
+            group = AnalysisGroup{};
+        }
+    }
 }
 
 void copy_toc(const TocInfo& toc, AnalysisRecord* result) {

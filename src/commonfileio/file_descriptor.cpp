@@ -4,15 +4,31 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace mediasplit {
+namespace {
+
+// 0 for what isn't a regular file.
+std::uint64_t regular_size(int descriptor) {
+    struct stat info {};
+    const bool is_regular = ::fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode);
+    return is_regular ? static_cast<std::uint64_t>(info.st_size) : 0;
+}
+
+}  // namespace
+
+FileDescriptor::FileDescriptor(int descriptor)
+    : descriptor_(descriptor), size_at_open_(descriptor < 0 ? 0 : regular_size(descriptor)) {}
 
 FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
     if (this != &other) {
         close();
         descriptor_ = std::exchange(other.descriptor_, -1);
         at_end_ = std::exchange(other.at_end_, false);
+        size_at_open_ = other.size_at_open_;
+        error_at_ = other.error_at_;
     }
     return *this;
 }
@@ -27,6 +43,9 @@ std::uint64_t FileDescriptor::read(std::span<std::uint8_t> destination) {
         }
         if (got <= 0) {
             at_end_ = true;
+            if (got < 0 && !error_at_) {
+                error_at_ = static_cast<std::uint64_t>(::lseek(descriptor_, 0, SEEK_CUR));
+            }
             break;
         }
         done += static_cast<std::uint64_t>(got);
@@ -60,6 +79,21 @@ std::int64_t FileDescriptor::size() const {
         return -1;
     }
     return end;
+}
+
+std::optional<FileStretch> FileDescriptor::loss() const {
+    if (descriptor_ < 0) {
+        return std::nullopt;
+    }
+    if (error_at_) {
+        // At least the byte that was asked for.
+        return FileStretch{*error_at_, std::max(size_at_open_, *error_at_ + 1) - *error_at_};
+    }
+    const std::uint64_t end = regular_size(descriptor_);
+    if (end >= size_at_open_) {
+        return std::nullopt;
+    }
+    return FileStretch{end, size_at_open_ - end};
 }
 
 bool FileDescriptor::is_folder() const {

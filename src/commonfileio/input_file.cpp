@@ -9,6 +9,8 @@
 
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"
+#include "src/util/address.h"
+#include "src/util/fetched_files.h"
 #include "src/util/fetcher.h"
 
 namespace mediasplit {
@@ -39,7 +41,7 @@ bool refill(InputFile& file, std::uint64_t size) {
     if (!reserve_buffer(file, size)) {
         return false;
     }
-    file.filled = file.stream.read(std::span(file.buffer).first(size));
+    file.filled = file.stream.read(std::span(file.buffer.data(), size));
     file.position = 0;
     return true;
 }
@@ -55,10 +57,6 @@ std::uint64_t first_read_size(const InputFile& file) {
 
 Status fill_first(InputFile& file) {
     return refill(file, first_read_size(file)) ? Status::kOk : Status::kCantOpen;
-}
-
-bool begins_with_http(std::string_view path) {
-    return path.starts_with("http://") || path.starts_with("https://");
 }
 
 // Copies out of the buffer without going past its end.
@@ -148,7 +146,7 @@ Status OpenFileEx(OptText path, const std::uint8_t* /*data*/, std::uint32_t /*si
             file.name = path.str();
         }
         file.offset = 0;
-        if (begins_with_http(*path)) {
+        if (is_url(*path)) {
             mallocAndCreateUniqueFileName("segment", file.temp_name);
             if (url2file(path, file.temp_name) != 0) {
                 return Status::kCantOpen;
@@ -220,10 +218,10 @@ Status ReOpenFileEx(InputFile& file) {
 
 Status CloseFile(InputFile& file) {
     if (file.stream) {
-        file.buffer = {};
+        file.buffer = RawBuffer{};
         file.stream.close();
     }
-    if (file.temp_name && !file.temp_name->empty() && std::remove(file.temp_name->c_str()) != 0) {
+    if (file.temp_name && !file.temp_name->empty() && remove_fetched_file(*file.temp_name) != 0) {
         (void)Logging_err_type_check(nullptr, 11, LogContext{}, *file.temp_name,
                                      file.name.value_or(std::string()));
     }
@@ -235,6 +233,15 @@ Status CloseFile(InputFile& file) {
     file.filled = 0;
     file.offset = 0;
     return Status::kOk;
+}
+
+Status close_whole_input(InputFile& file, Loglist* loglist) {
+    Status status = Status::kOk;
+    if (const std::optional<FileStretch> loss = file.stream.loss()) {
+        status = Logging_err_type_check(loglist, 4065, {}, loss->start, loss->length,
+                                        file.name.value_or(std::string()));
+    }
+    return status | CloseFile(file);
 }
 
 std::uint64_t ReadBytes(void* destination, std::uint64_t count, InputFile& file) {
@@ -258,7 +265,7 @@ std::span<const std::uint8_t> read_view(std::uint64_t count, InputFile& file) {
         cut_to_range(count, file) != count) {
         return {};
     }
-    const auto view = std::span<const std::uint8_t>(file.buffer).subspan(file.position, count);
+    const auto view = std::span<const std::uint8_t>(file.buffer.data() + file.position, count);
     file.position += count;
     account(count, file);
     return view;

@@ -6,9 +6,10 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "src/commonfileio/file_descriptor.h"
+#include "src/commonfileio/raw_buffer.h"
+#include "src/log/loglist.h"
 #include "src/log/status.h"
 #include "src/util/opt_text.h"
 
@@ -22,7 +23,7 @@ inline constexpr std::uint64_t kInputBlockSize = 0x100000;
 struct InputFile {
     FileDescriptor stream;     // none for a memory source
     std::uint64_t offset = 0;  // absolute place in the file of the next byte
-    std::vector<std::uint8_t> buffer;
+    RawBuffer buffer;
     std::span<const std::uint8_t> memory;  // the caller's bytes, for a memory source
     std::uint64_t filled = 0;              // valid bytes in the buffer
     std::uint64_t position = 0;            // next byte in the buffer
@@ -51,6 +52,10 @@ Status ReOpenFileEx(InputFile& file);
 // Closes the file and removes its temporary copy (message 11 if that fails). Always Status::kOk;
 // `range_active` stays as it was.
 Status CloseFile(InputFile& file);
+
+// CloseFile, and 4065 if bytes of the file have gone or couldn't be read since it was opened: then
+// its streams aren't whole.
+Status close_whole_input(InputFile& file, Loglist* loglist);
 
 // Delivers up to `count` bytes; less at the end of the range or of the file. Returns the number of
 // bytes delivered. A memory source delivers nothing.

@@ -1,4 +1,6 @@
 // Handing out the segments of a player one by one.
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "src/dash_reader/dash_player.h"
@@ -91,7 +93,9 @@ Status next_of_template(DashPlayer& player, std::string& url, const std::uint64_
         ++player.next_segment;
         return Status::kOk;
     }
-    player.next_segment = position->index + 2;
+    // Never round to where the initialization segment would come again.
+    constexpr std::uint64_t kLastIndex = std::numeric_limits<std::uint64_t>::max() - 2;
+    player.next_segment = std::min(position->index, kLastIndex) + 2;
     if (!url_template) {
         return report_no_address(player, loglist);
     }

@@ -1,7 +1,14 @@
 #include "src/dash_thread/dash_thread.h"
 
+#include <malloc.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
 #include <memory>
 #include <optional>
+#include <semaphore>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -10,12 +17,12 @@
 #include "src/dash_reader/dash_reader.h"
 #include "src/dash_reader/inherited.h"
 #include "src/dash_thread/media_segment.h"
-#include "src/dash_thread/player_clock.h"
 #include "src/dash_thread/walk.h"
 #include "src/file_util/path_names.h"
 #include "src/fmp4demuxer/dash_context.h"
 #include "src/fmp4demuxer/fmp4demux.h"
 #include "src/log/logging.h"
+#include "src/util/player_clock.h"
 #include "src/util/text.h"
 
 namespace mediasplit {
@@ -26,6 +33,7 @@ constexpr int kDone = 0;
 constexpr std::uint32_t kBroadcastRules = 4;
 constexpr std::size_t kKeyBits = 128;
 constexpr std::size_t kKeyIdDigits = 32;
+constexpr std::ptrdiff_t kMostTrees = 4;  // held by all workers
 
 const DashRepresentationInfo* first_representation(const DashInfo& info) {
     return info.periods.empty() || info.periods[0].representations.empty()
@@ -39,33 +47,18 @@ std::optional<std::string> inherited(const DashRepresentationInfo& representatio
     return text ? std::optional<std::string>(*text) : std::nullopt;
 }
 
-bool depends_on(const DashRepresentationInfo& representation, const std::string& id) {
-    if (!representation.dependencyId) {
-        return false;
-    }
-    const std::string ids = " " + *representation.dependencyId + " ";
-    return ids.find(" " + id + " ") != std::string::npos;
-}
-
-// What goes with the Representation: those that share its initialization segment, and those that
-// it depends on, which only a reading of the whole Period shows.
+// What goes with the Representation: those that share its initialization segment. What it depends
+// on otherwise isn't in a reading of one Representation.
 std::vector<std::string> related_codecs(const DashPeriodInfo& period,
                                         const DashRepresentationInfo& representation) {
     std::vector<std::string> list;
-    const auto add = [&](const DashRepresentationInfo& other) {
+    for (const DashRepresentationInfo& other : representation.shared_init_representations) {
+        if (other.adaptation_set_index >= period.adaptation_sets.size()) {
+            continue;
+        }
         const DashAdaptationSetInfo& set = period.adaptation_sets[other.adaptation_set_index];
         if (auto codecs = inherited(other, set, "codecs"); codecs) {
             list.push_back(std::move(*codecs));
-        }
-    };
-    for (const DashRepresentationInfo& other : representation.shared_init_representations) {
-        if (other.adaptation_set_index < period.adaptation_sets.size()) {
-            add(other);
-        }
-    }
-    for (const DashRepresentationInfo& other : period.representations) {
-        if (&other != &representation && other.id && depends_on(representation, *other.id)) {
-            add(other);
         }
     }
     return list;
@@ -114,6 +107,20 @@ std::optional<std::string> find_key(OptText keypairs, OptText key_id) {
     return key ? std::optional<std::string>(*key) : std::nullopt;
 }
 
+// The key for the key id of the Representation or, as most manifests have it, of its AdaptationSet.
+std::optional<std::string> key_of(const DashInfo& info, OptText keypairs) {
+    const DashRepresentationInfo* const representation = first_representation(info);
+    if (representation == nullptr) {
+        return std::nullopt;
+    }
+    const DashPeriodInfo& period = info.periods[0];
+    const DashAdaptationSetInfo* const set =
+        representation->adaptation_set_index < period.adaptation_sets.size()
+            ? &period.adaptation_sets[representation->adaptation_set_index]
+            : nullptr;
+    return find_key(keypairs, get_dash_rep_attr_str(representation, set, "kid"));
+}
+
 // The name of the initialization segment: of a template, with the Representation's values in it.
 std::optional<std::string> output_suffix(const DashPlayer& player,
                                          const DashRepresentationInfo* representation) {
@@ -123,6 +130,36 @@ std::optional<std::string> output_suffix(const DashPlayer& player,
                            ? splitfilename(representation->init_segment_url, name)
                            : get_init_segment_filename(player, name);
     return result == 0 ? std::optional(std::move(name)) : std::nullopt;
+}
+
+// A worker's turn to hold the tree of a manifest. Few have it at a time: the trees of a large
+// manifest with many Representations wouldn't fit into memory side by side.
+class TreeTurn {
+public:
+    TreeTurn() { turns().acquire(); }
+    TreeTurn(const TreeTurn&) = delete;
+    TreeTurn& operator=(const TreeTurn&) = delete;
+    ~TreeTurn() { turns().release(); }
+
+private:
+    using Turns = std::counting_semaphore<kMostTrees>;
+    static Turns& turns() {
+        static Turns all(
+            std::clamp<std::ptrdiff_t>(std::thread::hardware_concurrency(), 1, kMostTrees));
+        return all;
+    }
+};
+
+// Gives what a large tree took back to the system; else each worker's share of the heap would keep
+// as much.
+void release_tree(EzxmlPtr& root, [[maybe_unused]] long text_size) {
+    root.reset();
+#ifdef __GLIBC__
+    constexpr long kLargeText = 1 << 20;
+    if (text_size > kLargeText) {
+        (void)malloc_trim(0);
+    }
+#endif
 }
 
 // One reading of the manifest.
@@ -170,6 +207,7 @@ void attach(const DashJob& job, DashPlayer& player) {
 }  // namespace
 
 int dash_thread(std::FILE* file, OptText text, const DashJob& job, Status& status) {
+    std::optional<TreeTurn> turn(std::in_place);
     Reading reading;
     if (!read_manifest(file, text, job, reading, status)) {
         segment_duration_list_end(job.durations);
@@ -182,14 +220,13 @@ int dash_thread(std::FILE* file, OptText text, const DashJob& job, Status& statu
     }
     const DashRepresentationInfo* const representation = first_representation(*reading.info);
     const auto suffix = output_suffix(player, representation);
-    const auto key = representation == nullptr
-                         ? std::nullopt
-                         : find_key(job.keypairs, representation->default_kid);
     DashContext context = make_context(*reading.info);
+    const auto key = key_of(*reading.info, job.keypairs);
     std::unique_ptr<Mp4Demuxer> demuxer =
         fmp4demux_create(job.output_dir, job.name, suffix, nullptr, &context, key, job.keypairs,
                          &status, job.loglist, kAllTracks);
-    reading.root.reset();
+    release_tree(reading.root, file == nullptr ? 0 : std::ftell(file));
+    turn.reset();
     if (demuxer == nullptr) {
         status |= Status::kFailed;
         segment_duration_list_end(job.durations);

@@ -6,10 +6,10 @@
 #include <string>
 
 #include "src/dash_thread/media_segment.h"
-#include "src/dash_thread/player_clock.h"
 #include "src/dash_thread/segment_file.h"
 #include "src/dash_thread/start_time.h"
 #include "src/log/logging.h"
+#include "src/util/player_clock.h"
 #include "src/util/segments.h"
 
 namespace mediasplit {
@@ -26,26 +26,31 @@ class EndlessWalkGuard {
 public:
     // Tells of a media segment just played. True if the walk must end.
     bool played(const DashPlayer& player, const std::string& address, double played_before) {
-        if (player.segment_type != SegmentElementType::kTemplate || player.has_timeline) {
+        if (player.segment_type != SegmentElementType::kTemplate || ends_by_itself(player)) {
             return false;
         }
         const bool is_repeated = address == previous_;
         previous_ = address;
         const bool adds_time = player.played_ms > played_before;
-        if (player.template_duration == 0) {
-            return is_repeated && (!adds_time || !limit_of(player));
+        const std::optional<double> limit = limit_of(player);
+        if (is_repeated && !(adds_time && limit)) {
+            return true;
         }
-        if (adds_time) {
+        if (adds_time || player.template_duration == 0) {
             return false;
         }
         const double scale =
             player.template_timescale == 0 ? 1 : static_cast<double>(player.template_timescale);
         told_ms_ += kMillisecondsPerSecond * static_cast<double>(player.template_duration) / scale;
-        const std::optional<double> limit = limit_of(player);
         return ++empty_segments_ > 1 && (!limit || told_ms_ + player.played_ms >= *limit);
     }
 
 private:
+    // A timeline has an end, unless it is one that was cut.
+    static bool ends_by_itself(const DashPlayer& player) {
+        return player.template_duration == 0 && player.has_timeline &&
+               player.timeline.size() < kMostTimelineEntries;
+    }
     // How much is played at most, in milliseconds; none if there is no limit.
     static std::optional<double> limit_of(const DashPlayer& player) {
         if (is_live(player) && player.live_remaining != nullptr) {

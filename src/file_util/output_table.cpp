@@ -10,7 +10,7 @@ constexpr std::uint32_t kSeparateKind = 2;
 bool close_entry(OutputEntry& entry) {
     const bool whole = !entry.file || entry.file->close();
     entry.file.reset();
-    return whole;
+    return check(whole, nullptr, 4081, {}, entry.path) == Status::kOk;
 }
 
 }  // namespace
@@ -24,7 +24,10 @@ Status ioOpenFile(OptText path, std::uint32_t kind, std::uint64_t stream_id, Out
     ++(separate ? table.kind_2_count : table.kind_1_count);
     entry.kind = kind;
     entry.stream_id = stream_id;
-    entry.file = fileOpen_lstr(path, table.truncate != 0 ? "wb" : "ab");
+    entry.path = path.view();
+    entry.file = table.registry != nullptr
+                     ? table.registry->open(path.str())
+                     : fileOpen_lstr(path, table.truncate != 0 ? "wb" : "ab");
     if (!entry.file) {
         (void)Logging_err_type_check(nullptr, 4081, LogContext{}, path.view());
         return Status::kCantOpen;

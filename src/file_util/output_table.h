@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
 
 #include "src/file_util/output_file.h"
 #include "src/log/status.h"
@@ -14,6 +15,7 @@ namespace mediasplit {
 struct OutputEntry {
     std::uint32_t kind = 0;  // 0: not in use
     std::uint64_t stream_id = 0;
+    std::string path;
     std::unique_ptr<OutputFile> file;
 };
 
@@ -23,7 +25,8 @@ struct OutputTable {
     std::array<OutputEntry, 10> entries;
     std::uint32_t kind_1_count = 0;
     std::uint32_t kind_2_count = 0;
-    std::uint32_t truncate = 0;  // 1: files are created anew, 0: added to
+    std::uint32_t truncate = 0;          // 1: files are created anew, 0: added to
+    OutputRegistry* registry = nullptr;  // decides in its place, if there is one
 };
 
 // Opens the file of a stream: `kind` 1 takes the next entry, `kind` 2 the separate one.
@@ -31,7 +34,8 @@ struct OutputTable {
 // entries are in use.
 Status ioOpenFile(OptText path, std::uint32_t kind, std::uint64_t stream_id, OutputTable& table);
 
-// Closes all files of the table. False if anything couldn't be written.
+// Closes all files of the table. False, and message 4081 for each file that couldn't be written as a
+// whole.
 bool ioCloseFiles(OutputTable& table);
 
 // Writes the bytes if there is a file; write errors stay with the file. Always Status::kOk.

@@ -28,8 +28,8 @@ struct DashContext {
     std::optional<std::string> representation_id{};
     std::optional<std::string> codecs{};
     std::optional<std::string> segment_profiles{};
-    // "codecs" of the Representations that share this one's initialization segment or that it
-    // depends on, in document order.
+    // "codecs" of the Representations that share this one's initialization segment, in document
+    // order.
     std::vector<std::string> related_codecs{};
 };
 

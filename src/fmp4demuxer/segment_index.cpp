@@ -10,6 +10,7 @@
 #include "src/commonfileio/file_descriptor.h"
 #include "src/fmp4demuxer/fmp4demux.h"
 #include "src/log/logging.h"
+#include "src/util/address.h"
 #include "src/util/segments.h"
 #include "src/util/text.h"
 
@@ -57,10 +58,6 @@ int classify(const Head& head) {
         return kFileTypeAc4;
     }
     return begins_with_box_of_a_file(head) ? kFileTypeMp4 : kFileTypeUnknown;
-}
-
-bool is_address(std::string_view name) {
-    return name.substr(0, 7) == "http://" || name.substr(0, 8) == "https://";
 }
 
 // Big-endian numbers off the front of a file; behind its end they are 0.
@@ -136,7 +133,7 @@ Status find_index(InputFile& file, const SegmentSlot* slot, Loglist* loglist, st
 }  // namespace
 
 int get_file_type(OptText name, OptText local_path) {
-    const bool remote = name && is_address(*name);
+    const bool remote = name && is_url(*name);
     const OptText path = remote ? local_path : name;
     FileDescriptor file = path ? open_for_reading(path.str()) : FileDescriptor{};
     if (!file) {

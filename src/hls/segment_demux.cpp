@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::int64_t kAllPids = -1;
 
-// Whether this is the first segment of the job, whose files are made anew.
+// Whether this is the first segment of the job.
 bool begin_segment(StreamState& state) {
     return !std::exchange(state.outputs->has_begun, true);
 }
@@ -51,7 +51,7 @@ void send_no_timing(StreamState& state) {
 void handle_packed_audio(StreamState& state, const SegmentSlot& slot) {
     if (open_range(state, slot)) {
         state.add(id3demux(&*state.input, &slot, state.output_dir, state.name, begin_segment(state),
-                           state.context, state.loglist));
+                           state.context, state.loglist, &state.outputs->registry));
     }
     send_no_timing(state);
 }
@@ -60,7 +60,8 @@ void handle_ts(StreamState& state, const SegmentSlot& slot) {
     if (open_range(state, slot)) {
         TsSegmentSummary summary;
         state.add(tsdemux(*state.input, state.output_dir, state.name, begin_segment(state),
-                          state.context, &summary, true, state.loglist, kAllPids));
+                          state.context, &summary, true, state.loglist, kAllPids,
+                          &state.outputs->registry));
         if (check_segment_timing(state.previous, summary, state.loglist) != Status::kOk) {
             state.add(Status::kRuleBroken);
         }
@@ -131,6 +132,7 @@ std::string_view extension_of(OptText uri) {
 }  // namespace
 
 bool demux_segment(StreamState& state, const SegmentSlot& slot, int type, bool skip) {
+    note_evaluated(2015);
     switch (type) {
         case kFileTypeMp4:
             return handle_mp4(state, slot, skip);

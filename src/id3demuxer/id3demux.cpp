@@ -130,7 +130,8 @@ Status read_audio(PackedKind kind, OutputFile* output, InputFile& file, Manifest
 }  // namespace
 
 Status id3demux(InputFile* file, const SegmentSlot* slot, OptText output_dir, OptText name,
-                bool new_file, ManifestContext* context, Loglist* loglist) {
+                bool new_file, ManifestContext* context, Loglist* loglist,
+                OutputRegistry* outputs) {
     if (file == nullptr && slot == nullptr) {
         return Status::kFailed;
     }
@@ -156,17 +157,18 @@ Status id3demux(InputFile* file, const SegmentSlot* slot, OptText output_dir, Op
         status |= check_codecs(*kind, *context, loglist);
     }
     std::unique_ptr<OutputFile> output;
+    std::string path;
     if (output_dir) {
-        std::string path;
         if (buildFullName_Id3(&path, output_dir, name, context, extension_of(*kind), *kind) == 0) {
-            output = fileOpen_lstr(path, new_file ? "wb" : "ab");
+            output = outputs != nullptr ? outputs->open(path)
+                                        : fileOpen_lstr(path, new_file ? "wb" : "ab");
         }
         // Audio that has nowhere to go fails the run; it is checked all the same.
         status |= output == nullptr ? Status::kFailed : Status::kOk;
     }
     status |= read_audio(*kind, output.get(), *file, context, loglist);
     if (output != nullptr && !output->close()) {
-        status |= Status::kFailed;
+        status |= Logging_err_type_check(nullptr, 4081, {}, path);
     }
     return status;
 }

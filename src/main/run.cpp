@@ -1,16 +1,18 @@
 #include "src/main/run.h"
 
-#include <csignal>
+#include <sys/resource.h>
+
 #include <memory>
 #include <optional>
-#include <string_view>
 
 #include "src/file_util/output_folder.h"
 #include "src/log/logging.h"
 #include "src/main/command_line.h"
+#include "src/main/interruption.h"
 #include "src/main/process.h"
 #include "src/main/usage.h"
 #include "src/records/run_options.h"
+#include "src/util/address.h"
 #include "src/util/fetcher.h"
 
 namespace mediasplit {
@@ -19,17 +21,13 @@ namespace {
 
 constexpr std::uint32_t kBroadcastAc4Mask = 4;
 
-bool is_address(std::string_view text) {
-    return text.starts_with("http://") || text.starts_with("https://");
-}
-
 bool is_ts(FormatId format) {
     return format == FormatId::kTsSeries || format == FormatId::kTsFile;
 }
 
 // Makes the folders of the run. An exit status if that fails.
 std::optional<int> prepare_folders() {
-    if (is_address(*g_input) && recursive_create_path("tmp") != 0) {
+    if (is_url(*g_input) && recursive_create_path("tmp") != 0) {
         static_cast<void>(Logging_err_type_check(nullptr, 4062, {}));
         return 1;
     }
@@ -74,12 +72,21 @@ int run_with_loglist(int parse_result, Loglist* loglist) {
     return process(nullptr, 0, loglist);
 }
 
+// Each stream of a manifest holds some files open, and there may be hundreds of streams.
+void raise_open_file_limit() {
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        // A limit that stays as it was shows as files that can't be opened.
+        static_cast<void>(::setrlimit(RLIMIT_NOFILE, &limit));
+    }
+}
+
 }  // namespace
 
 int run_program(int count, const char* const* arguments) {
-    // A reader that went away, or a file that reached its size limit, shows as a failed write.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    prepare_for_signals();
+    raise_open_file_limit();
     const int parse_result = cmdParse(count, arguments);
     std::unique_ptr<Loglist> loglist =
         init_loglist(static_cast<std::uint32_t>(g_check_point_num), g_checkpoint_list.data());

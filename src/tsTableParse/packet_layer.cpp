@@ -173,11 +173,12 @@ std::unique_ptr<TsContext> tsOpen(std::int64_t selected_program, ManifestContext
 
 Status tsdemux(InputFile& input, const std::string& output_folder, const std::string& name_prefix,
                bool first, ManifestContext* manifest, TsSegmentSummary* summary, bool is_hls,
-               Loglist* loglist, std::int64_t pid_filter) {
+               Loglist* loglist, std::int64_t pid_filter, OutputRegistry* outputs) {
     TsOutputFiles files;
     files.pid_filter = pid_filter;
     files.input = &input;
     files.table.truncate = first ? 1 : 0;
+    files.table.registry = outputs;
     files.output_folder = output_folder;
     files.name_prefix = name_prefix;
     const auto context = tsOpen(1, manifest, is_hls, loglist);

@@ -6,20 +6,22 @@
 #include <memory>
 #include <string>
 
+#include "src/file_util/output_file.h"
 #include "src/tsTableParse/ts_context.h"
 #include "src/tsTableParse/ts_tables.h"
 
 namespace mediasplit {
 
 // Demultiplexes the open `input` to its end. Files are named after `name_prefix` in
-// `output_folder`, created anew if `first`, otherwise added to; with `pid_filter` other than -1
-// only that PID is written. `manifest` (may be nullptr) is what the manifest says of the stream,
+// `output_folder`, created anew if `first`, otherwise added to; `outputs`, if given, decides that for
+// each file by whether it was opened before. With `pid_filter` other than -1 only that PID is
+// written. `manifest` (may be nullptr) is what the manifest says of the stream,
 // and gets what was found of its channels. `summary` (may be nullptr) is filled if the result is 0.
 // `is_hls` turns on the rules that forbid this container. The result is the OR of everything
 // reported; kFailed is in it if a file couldn't be opened or written.
 Status tsdemux(InputFile& input, const std::string& output_folder, const std::string& name_prefix,
                bool first, ManifestContext* manifest, TsSegmentSummary* summary, bool is_hls,
-               Loglist* loglist, std::int64_t pid_filter);
+               Loglist* loglist, std::int64_t pid_filter, OutputRegistry* outputs = nullptr);
 
 // A context in its initial state, with nothing selected and the packet not synchronised.
 std::unique_ptr<TsContext> tsOpen(std::int64_t selected_program, ManifestContext* manifest,

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "src/log/logging.h"
+#include "src/util/fetched_files.h"
 #include "src/util/text.h"
 
 namespace mediasplit {
@@ -20,12 +21,24 @@ struct HandleFree {
 };
 using Handle = std::unique_ptr<CURL, HandleFree>;
 
-std::size_t write_callback(char* data, std::size_t size, std::size_t count, void* file) {
-    return write_data(data, size, count, static_cast<std::FILE*>(file));
+// Where fetched bytes go, and how many more may come.
+struct Target {
+    std::FILE* file = nullptr;
+    std::uint64_t room = kUnlimitedFetch;
+};
+
+// Taking less than what came ends the transfer.
+std::size_t write_callback(char* data, std::size_t size, std::size_t count, void* argument) {
+    auto& target = *static_cast<Target*>(argument);
+    if (size * count > target.room) {
+        return 0;
+    }
+    target.room -= size * count;
+    return write_data(data, size, count, target.file);
 }
 
 // In the order that they are set; the first that fails ends it.
-bool set_options(CURL* handle, const std::string& url, std::FILE* file) {
+bool set_options(CURL* handle, const std::string& url, Target& target) {
     const auto set = [handle](CURLoption option, auto value) {
         return curl_easy_setopt(handle, option, value) == CURLE_OK;
     };
@@ -34,7 +47,7 @@ bool set_options(CURL* handle, const std::string& url, std::FILE* file) {
            set(CURLOPT_MAXREDIRS, fetch_limits().redirects) && set(CURLOPT_NOPROGRESS, 1L) &&
            set(CURLOPT_TIMEOUT, fetch_limits().timeout_seconds) &&
            set(CURLOPT_WRITEFUNCTION, &write_callback) &&
-           set(CURLOPT_WRITEDATA, static_cast<void*>(file));
+           set(CURLOPT_WRITEDATA, static_cast<void*>(&target));
 }
 
 // The present time as asctime tells it, with its line feed.
@@ -50,7 +63,7 @@ std::string present_time() {
 
 void report_failure(const std::string& path, std::string_view url, const std::string& cleaned,
                     int code) {
-    if (std::remove(path.c_str()) != 0) {
+    if (remove_fetched_file(path) != 0) {
         (void)Logging_err_type_check(nullptr, 11, LogContext{}, path, url);
     }
     (void)Logging_err_type_check(nullptr, 2054, LogContext{}, cleaned, present_time(), code);
@@ -75,21 +88,24 @@ std::size_t write_data(const void* data, std::size_t size, std::size_t count, st
     return std::fwrite(data, size, count, file);
 }
 
-int url2file(OptText url, OptText path) {
+int url2file(OptText url, OptText path, std::uint64_t most_bytes) {
     if (!url || !path) {
         return kNoFile;
     }
     const std::string local = path.str();
+    note_fetched_file(local);
     std::FILE* const file = std::fopen(local.c_str(), "wb");
     if (file == nullptr) {
+        forget_fetched_file(local);
         return kNoFile;
     }
+    Target target{file, most_bytes};
     const Handle handle(curl_easy_init());
     std::string cleaned;
     (void)remove_parent_folder(cleaned, url);
     int code = CURLE_FAILED_INIT;
     if (handle) {
-        if (!set_options(handle.get(), cleaned, file)) {
+        if (!set_options(handle.get(), cleaned, target)) {
             // Deliberate: counts as fetched, with an empty file.
             (void)std::fclose(file);
             return 0;

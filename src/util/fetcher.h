@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -9,10 +10,15 @@
 
 namespace mediasplit {
 
+inline constexpr std::uint64_t kUnlimitedFetch = ~std::uint64_t{0};
+
 // Limits of every fetch.
 struct FetchLimits {
     long timeout_seconds = 300;
     long redirects = 20;
+    // Of a playlist or manifest. They are read into memory as a whole; the longest of a day's live
+    // window are some megabytes.
+    std::uint64_t manifest_bytes = 64U << 20U;
 };
 // The limits in force. Change them only while no other thread runs.
 FetchLimits& fetch_limits();
@@ -23,8 +29,9 @@ void urluninit();
 
 // Fetches `url`, cleaned by remove_parent_folder, into `path`; one try, redirects followed. 0; -1
 // if an argument is missing or `path` can't be opened; else libcurl's code, with message 2054 and
-// no file left. May run on any thread.
-int url2file(OptText url, OptText path);
+// no file left. More than `most_bytes` are a failed download, too (libcurl's code 23). The file is
+// noted until remove_fetched_file(). May run on any thread.
+int url2file(OptText url, OptText path, std::uint64_t most_bytes = kUnlimitedFetch);
 
 // Passes fetched bytes on to `file`; the number of items written.
 std::size_t write_data(const void* data, std::size_t size, std::size_t count, std::FILE* file);

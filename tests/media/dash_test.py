@@ -1,14 +1,12 @@
 """Presentations of ffmpeg's DASH muxer: what comes out is what the joined segments give."""
 
-import functools
-import http.server
 import glob
 import os
 import re
-import threading
 import unittest
 import xml.etree.ElementTree as ElementTree
 
+from dash_server import serve
 from media_support import MediaCase, ffmpeg, frame_checksums
 
 PICTURE = ["-f", "lavfi", "-i", "testsrc2=s=192x128:r=25:d=6"]
@@ -23,11 +21,6 @@ ADDRESSING = {
     "on_demand": ["-single_file", "1", "-global_sidx", "1", "-format_options", "movflags=+cmaf"],
 }
 XMLNS = "{urn:mpeg:dash:schema:mpd:2011}"
-
-
-class QuietHandler(http.server.SimpleHTTPRequestHandler):
-    def log_message(self, *_):
-        pass
 
 
 class Presentations(MediaCase):
@@ -111,18 +104,9 @@ class Presentations(MediaCase):
             with self.subTest(kind):
                 self.setUp()
                 self.make(kind)
-                handler = functools.partial(QuietHandler, directory=self.folder)
-                server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler)
-                thread = threading.Thread(target=server.serve_forever)
-                thread.start()
-                try:
-                    # Longer than the presentation: an address is played for 10 s without the option.
-                    outputs = self.split("http://127.0.0.1:%d/stream.mpd" % server.server_address[1],
-                                         "--live-duration", "100")
-                finally:
-                    server.shutdown()
-                    thread.join()
-                    server.server_close()
+                with serve(self.folder) as address:
+                    # Without --live-duration: a static presentation is played as a whole.
+                    outputs = self.split(address + "/stream.mpd")
                 self.check_outputs(outputs)
                 self.assertEqual(os.listdir(self.path("tmp")), [])
 

@@ -129,6 +129,9 @@ void HttpServer::answer(int connection) {
     }
     const std::size_t begin = request.find(' ') + 1;
     const HttpReply reply = next_reply(request.substr(begin, request.find(' ', begin) - begin));
+    if (reply.on_request) {
+        reply.on_request();
+    }
     send_all(connection, head_of(reply));
     send_all(connection,
              std::string_view(reply.body).substr(0, reply.close_after.value_or(std::string::npos)));

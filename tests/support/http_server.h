@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -19,6 +20,7 @@ struct HttpReply {
     std::string location{};                    ///< for redirects
     std::optional<std::size_t> close_after{};  ///< bytes of the body sent before it hangs up
     bool stall = false;                        ///< sends no more once the body is out
+    std::function<void()> on_request{};        ///< called ahead of the answer
 };
 
 /// A small HTTP/1.1 server on 127.0.0.1 for tests, one connection after the other per thread. A

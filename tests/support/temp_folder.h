@@ -52,6 +52,15 @@ private:
     std::filesystem::path former_;
 };
 
+/// Removes the files of a folder whose names begin so.
+inline void remove_files(const std::string& folder, std::string_view begin) {
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        if (entry.path().filename().string().starts_with(begin)) {
+            std::filesystem::remove(entry.path());
+        }
+    }
+}
+
 /// The whole content of a file.
 inline std::string read_file(const std::string& path) {
     std::ifstream in(path, std::ios::binary);

@@ -75,6 +75,11 @@ std::string join_dash_codecs(const ManifestRecords& records) {
     return list;
 }
 
+bool is_prisma_track(const Mp4Demuxer& demuxer, std::uint32_t stream_index) {
+    return stream_index < demuxer.streams.size() &&
+           demuxer.streams[stream_index]->px_config != nullptr;
+}
+
 PrismaStream::PrismaStream(const Mp4Demuxer& from, std::uint32_t stream_index)
     : demuxer(from),
       stream(*from.streams[stream_index]),

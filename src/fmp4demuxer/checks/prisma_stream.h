@@ -33,6 +33,9 @@ struct RuleDetail {
     std::uint32_t actual_number = 0;
 };
 
+// Whether there is such a track, with a configuration of the enhancement format.
+[[nodiscard]] bool is_prisma_track(const Mp4Demuxer& demuxer, std::uint32_t stream_index);
+
 // A track with a configuration of the enhancement format. It refers to the demultiplexer.
 struct PrismaStream {
     PrismaStream(const Mp4Demuxer& from, std::uint32_t stream_index);

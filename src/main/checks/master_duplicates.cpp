@@ -61,15 +61,18 @@ bool is_multichannel_eac3(const MediaRendition& media) {
     return media.codecs == kEac3 && media.channels && str2uint_r10(media.channels) > kStereo;
 }
 
-// The codecs by which streams of one address are told apart: renditions bring the audio.
-std::optional<std::string> compared_codecs(const VariantStream& stream, Status& status,
-                                           Loglist* loglist) {
-    if (stream.has_renditions == 0) {
-        return stream.codecs;
+// Whether two streams of one address bring the same. The audio comes from renditions, if there are
+// any.
+bool bring_the_same(const VariantStream& earlier, const VariantStream& later, Status& status,
+                    Loglist* loglist) {
+    if (earlier.has_renditions == 0) {
+        return codecs_match(earlier.codecs, later.codecs);
     }
-    std::optional<std::string> video;
-    splitcodec_video(stream.codecs, video, status, loglist);
-    return video;
+    std::optional<std::string> earlier_video;
+    splitcodec_video(earlier.codecs, earlier_video, status, loglist);
+    std::optional<std::string> later_video;
+    splitcodec_video(later.codecs, later_video, status, loglist);
+    return codecs_match(earlier_video, later_video);
 }
 
 void mark_streams_with_renditions(PlaylistRecord& playlist) {
@@ -98,7 +101,6 @@ Status merge_same_streams(PlaylistRecord& playlist, Loglist* loglist) {
         }
         stream.variant_codecs = stream.codecs;
         auto& earlier_streams = same_streams[identity_of(stream)];
-        bool fits = true;
         for (VariantStream* earlier : earlier_streams) {
             if (!stream.codecs || !earlier->codecs || *stream.codecs == *earlier->codecs) {
                 continue;
@@ -109,9 +111,8 @@ Status merge_same_streams(PlaylistRecord& playlist, Loglist* loglist) {
             if (merging) {
                 stream.merged = 1;
             }
-            fits = note_duplicate(*earlier, stream) && fits;
+            status |= check(note_duplicate(*earlier, stream), loglist, 4101, {}, stream.uri);
         }
-        status |= check(fits, loglist, 4101, {}, stream.uri);
         if (stream.merged == 0 && earlier_streams.size() < kMostAlike) {
             earlier_streams.push_back(&stream);
         }
@@ -148,22 +149,23 @@ Status check_single_bit_rate(const PlaylistRecord& playlist, Loglist* loglist) {
 Status drop_repeated_streams(PlaylistRecord& playlist, Loglist* loglist) {
     mark_streams_with_renditions(playlist);
     Status status = Status::kOk;
-    // The codecs of the streams that are followed, by what else has to be equal.
+    // The streams that are followed, by what else has to be equal.
     using Address = std::pair<std::uint32_t, std::optional<std::string_view>>;
-    std::map<Address, std::vector<std::optional<std::string>>> followed;
+    std::map<Address, std::vector<const VariantStream*>> followed;
     for (VariantStream& stream : playlist.streams) {
         if (stream.enabled == 0 || stream.merged != 0) {
             continue;
         }
-        auto codecs = compared_codecs(stream, status, loglist);
-        auto& earlier_codecs = followed[{stream.has_renditions, view_of(stream.uri)}];
-        const bool repeated =
-            std::any_of(earlier_codecs.begin(), earlier_codecs.end(),
-                        [&](const auto& earlier) { return codecs_match(earlier, codecs); });
+        auto& earlier_streams = followed[{stream.has_renditions, view_of(stream.uri)}];
+        const bool repeated = std::any_of(earlier_streams.begin(), earlier_streams.end(),
+                                          [&](const VariantStream* earlier) {
+                                              return bring_the_same(*earlier, stream, status,
+                                                                    loglist);
+                                          });
         if (repeated) {
             stream.enabled = 0;
-        } else if (earlier_codecs.size() < kMostAlike) {
-            earlier_codecs.push_back(std::move(codecs));
+        } else if (earlier_streams.size() < kMostAlike) {
+            earlier_streams.push_back(&stream);
         }
     }
     return status;

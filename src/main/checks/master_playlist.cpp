@@ -47,14 +47,17 @@ void enable_all(PlaylistRecord& playlist) {
 struct GroupSummary {
     std::optional<std::string> codecs;
     std::uint32_t stream_index = 0;
+    std::size_t renditions = 0;  // that looked at the streams
 };
+// How many renditions of a group look at its streams, each with its own reports. No playlist has as
+// many; the bound keeps the time linear in its length.
+constexpr std::size_t kMostLooks = 64;
 
 // The streams by the group that they name.
 struct StreamGroups {
     std::map<std::string_view, std::vector<const VariantStream*>> audio;
     std::map<std::string_view, std::uint32_t> video;  // index of the last stream
-    // Of the AUDIO groups that a rendition was found in: each is looked at once.
-    std::map<std::string_view, GroupSummary> summaries;
+    std::map<std::string_view, GroupSummary> summaries;  // of the AUDIO groups
 };
 
 StreamGroups group_streams(const PlaylistRecord& playlist) {
@@ -101,15 +104,14 @@ bool link_streams(MediaRendition& media, StreamGroups& groups, PlaylistRecord& p
         if (streams == groups.audio.end()) {
             return false;
         }
-        auto summary = groups.summaries.find(group_id);
-        if (summary == groups.summaries.end()) {
-            summary = groups.summaries
-                          .emplace(group_id,
-                                   summarize(streams->second, group_id, playlist, status, loglist))
-                          .first;
+        GroupSummary& summary = groups.summaries[group_id];
+        if (summary.renditions < kMostLooks) {
+            const std::size_t renditions = summary.renditions + 1;
+            summary = summarize(streams->second, group_id, playlist, status, loglist);
+            summary.renditions = renditions;
         }
-        media.codecs = summary->second.codecs;
-        media.stream_index = summary->second.stream_index;
+        media.codecs = summary.codecs;
+        media.stream_index = summary.stream_index;
         return true;
     }
     if (media.type == kVideo) {

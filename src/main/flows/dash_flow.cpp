@@ -13,6 +13,7 @@
 #include "src/main/workers/stream_workers.h"
 #include "src/records/run_options.h"
 #include "src/util/address.h"
+#include "src/util/fetched_files.h"
 #include "src/util/fetcher.h"
 
 namespace mediasplit {
@@ -62,13 +63,13 @@ ReadResult read_local(Loglist* loglist) {
 // The copy of a manifest that can't be used stays behind.
 ReadResult read_address(Loglist* loglist) {
     const std::string copy = createUniqueFileName("master_manifest");
-    if (url2file(g_input, copy) != 0) {
+    if (url2file(g_input, copy, fetch_limits().manifest_bytes) != 0) {
         return {Logging_err_type_check(loglist, 4021, {}, *g_input), nullptr};
     }
     Stream file(std::fopen(copy.c_str(), "r"));
     ReadResult result = read_manifest(file.get(), loglist);
     file.reset();
-    if (result.info != nullptr && std::remove(copy.c_str()) != 0) {
+    if (result.info != nullptr && remove_fetched_file(copy) != 0) {
         result.status |= Logging_err_type_check(loglist, 11, {}, copy, *g_input);
     }
     return result;

@@ -13,7 +13,7 @@ Status run_elementary(ElementaryReader reader, Loglist* loglist) {
     const Status status = OpenFileEx(g_input, nullptr, 0, input) == Status::kOk
                               ? reader(nullptr, input, nullptr, loglist)
                               : Logging_err_type_check(loglist, 4022, {}, *g_input);
-    return status | CloseFile(input);
+    return status | close_whole_input(input, loglist);
 }
 
 }  // namespace

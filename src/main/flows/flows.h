@@ -17,7 +17,8 @@ namespace mediasplit {
 // The demultiplexer of one transport stream file.
 using TsDemux = Status (*)(InputFile& input, const std::string& output_dir, const std::string& name,
                            bool first, ManifestContext* context, TsSegmentSummary* summary,
-                           bool is_hls, Loglist* loglist, std::int64_t pid_filter);
+                           bool is_hls, Loglist* loglist, std::int64_t pid_filter,
+                           OutputRegistry* outputs);
 
 // The reader of an elementary stream; without an output it reads only.
 using ElementaryReader = Status (*)(OutputFile* output, InputFile& input, ManifestContext* context,

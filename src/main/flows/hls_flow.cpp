@@ -15,6 +15,7 @@
 #include "src/main/workers/stream_workers.h"
 #include "src/records/run_options.h"
 #include "src/util/address.h"
+#include "src/util/fetched_files.h"
 #include "src/util/fetcher.h"
 #include "src/video/codec_text.h"
 
@@ -49,14 +50,14 @@ ReadResult read_local(PlaylistRecord& playlist, Loglist* loglist) {
 
 ReadResult read_address(PlaylistRecord& playlist, Loglist* loglist) {
     const std::string copy = createUniqueFileName("master_manifest");
-    if (url2file(g_input, copy) != 0) {
+    if (url2file(g_input, copy, fetch_limits().manifest_bytes) != 0) {
         return {Logging_err_type_check(loglist, 4021, {}, *g_input), false};
     }
     Stream file(std::fopen(copy.c_str(), "r"));
     const Status parsed = parse_file(file.get(), g_input, playlist, nullptr);
     file.reset();
     ReadResult result{parsed, parsed != Status::kFailed};
-    if (std::remove(copy.c_str()) != 0) {
+    if (remove_fetched_file(copy) != 0) {
         result.status |= Logging_err_type_check(loglist, 11, {}, copy, *g_input);
     }
     return result;

@@ -35,7 +35,7 @@ Status run_mp4(Loglist* loglist) {
     const Status status = OpenFileEx(g_input, nullptr, 0, input) == Status::kOk
                               ? demux_mp4(input, name, loglist)
                               : Logging_err_type_check(loglist, 4022, {}, *g_input);
-    return status | CloseFile(input);
+    return status | close_whole_input(input, loglist);
 }
 
 }  // namespace mediasplit

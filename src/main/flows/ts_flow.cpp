@@ -24,9 +24,9 @@ bool can_be_opened(const std::string& path) {
 }
 
 Status run_demux(TsDemux demux, InputFile& input, const std::string& name, bool first,
-                 TsSegmentSummary* summary, Loglist* loglist) {
+                 TsSegmentSummary* summary, OutputRegistry& outputs, Loglist* loglist) {
     return demux(input, g_output_dir.value_or(""), name, first, nullptr, summary, false, loglist,
-                 g_pid);
+                 g_pid, &outputs);
 }
 
 }  // namespace
@@ -36,6 +36,7 @@ Status run_ts_series_with(TsDemux demux, Loglist* loglist) {
     const bool has_name = splitfilename(g_input, name) == 0;
     Status status = Status::kOk;
     TsSegmentSummary previous;
+    OutputRegistry outputs;
     std::uint32_t n = 0;
     for (;; ++n) {
         const SeriesName file = series_file_name(*g_input, g_startIndex + n);
@@ -50,13 +51,14 @@ Status run_ts_series_with(TsDemux demux, Loglist* loglist) {
         TsSegmentSummary summary;
         if (OpenFileEx(file.name, nullptr, 0, input) == Status::kOk) {
             status |= Logging_err_type_check(loglist, 3, {}, file.name);
-            const Status result = run_demux(demux, input, name, n == 0, &summary, loglist);
+            const Status result = run_demux(demux, input, name, n == 0, &summary, outputs, loglist);
             status |= result;
             if (result == Status::kOk) {
                 status |= check_segment_timing(previous, summary, loglist);
             }
         }
-        status |= CloseFile(input);
+        status |= close_whole_input(input, loglist);
+        note_segment();
         previous = summary;
     }
     if (n == 0) {
@@ -71,14 +73,15 @@ Status run_ts_file_with(TsDemux demux, Loglist* loglist) {
         return Status::kFailed;
     }
     InputFile input;
+    OutputRegistry outputs;
     Status status = Status::kOk;
     if (OpenFileEx(g_input, nullptr, 0, input) == Status::kOk) {
         status |= Logging_err_type_check(loglist, 3, {}, *g_input);
-        status |= run_demux(demux, input, name, true, nullptr, loglist);
+        status |= run_demux(demux, input, name, true, nullptr, outputs, loglist);
     } else {
         status |= Logging_err_type_check(loglist, 4022, {}, *g_input);
     }
-    return status | CloseFile(input);
+    return status | close_whole_input(input, loglist);
 }
 
 Status run_ts_series(Loglist* loglist) {

@@ -9,6 +9,7 @@
 #include "src/main/workers/stream_job.h"
 #include "src/records/run_options.h"
 #include "src/util/address.h"
+#include "src/util/fetched_files.h"
 #include "src/util/fetcher.h"
 
 namespace mediasplit {
@@ -64,7 +65,7 @@ int follow_local(StreamJob& job, double& live_remaining) {
 
 int follow_address(StreamJob& job, double& live_remaining) {
     const std::string copy = createUniqueFileName("playlist_manifest");
-    if (url2file(job.url, copy) != 0) {
+    if (url2file(job.url, copy, fetch_limits().manifest_bytes) != 0) {
         end_without_playlist(job, Logging_err_type_check(job.loglist, 4021, {}, job.url));
         return 0;
     }
@@ -72,7 +73,7 @@ int follow_address(StreamJob& job, double& live_remaining) {
     job.status |= Logging_err_type_check(job.loglist, 3, {}, job.url);
     const int result = follow_stream(job, playlist.get(), live_remaining);
     playlist.reset();
-    if (std::remove(copy.c_str()) != 0) {
+    if (remove_fetched_file(copy) != 0) {
         job.status |= Logging_err_type_check(job.loglist, 11, {}, copy, job.url);
     }
     return result;
@@ -80,10 +81,14 @@ int follow_address(StreamJob& job, double& live_remaining) {
 
 }  // namespace
 
+const std::string& stream_label(const StreamJob& job) {
+    const bool is_representation = job.format > kLastPlaylistFormat && job.representation_id;
+    return is_representation ? *job.representation_id : job.url;
+}
+
 std::uint32_t ThreadFunc(void* argument) {
     auto& job = *static_cast<StreamJob*>(argument);
-    const bool is_representation = job.format > kLastPlaylistFormat && job.representation_id;
-    const StreamLabel label(is_representation ? *job.representation_id : job.url);
+    const StreamLabel label(stream_label(job));
     double live_remaining = g_tested_duration_in_live;
     const auto follow = is_url(job.url) ? follow_address : follow_local;
     while (follow(job, live_remaining) == 1) {

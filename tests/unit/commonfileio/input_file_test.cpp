@@ -1,5 +1,6 @@
 #include "src/commonfileio/input_file.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -494,6 +495,50 @@ TEST_F(DownloadedFileTest, AddressThatIsNotThereFailsAndItsCloseReportsTheSecond
     EXPECT_EQ(files_in_tmp(), 0U);
     CloseFile(file_);
     EXPECT_EQ(sink.count(11), 1U);
+}
+
+TEST_F(InputFileTest, FileThatShrinksAfterTheOpenIsToldAtTheClose) {
+    const RecordingSink sink;
+    open(3 * kBlock);
+    read(10);
+    std::filesystem::resize_file(path_, kBlock + 7);
+    EXPECT_EQ(read(5 * kBlock), expected(10, kBlock - 3));
+    EXPECT_EQ(close_whole_input(file_, nullptr), Status::kFailed);
+    ASSERT_EQ(sink.ids(), (std::vector<int>{4065}));
+    EXPECT_EQ(
+        sink.reports()[0].text,
+        "Fail to read the data specified by the byte range [start : 1048583, length : 2097145] "
+        "in the segment file [" +
+            path_ + "] .");
+}
+
+TEST_F(InputFileTest, FileThatStaysOrGrowsIsClosedInSilence) {
+    const RecordingSink sink;
+    open(1000);
+    read(100);
+    EXPECT_EQ(close_whole_input(file_, nullptr), Status::kOk);
+    file_ = InputFile{};
+    open(1000);
+    std::filesystem::resize_file(path_, 2000);
+    EXPECT_EQ(close_whole_input(file_, nullptr), Status::kOk);
+    file_ = InputFile{};
+    EXPECT_EQ(close_whole_input(file_, nullptr), Status::kOk);
+    EXPECT_TRUE(sink.reports().empty());
+}
+
+TEST_F(InputFileTest, FileThatCannotBeReadIsToldAtTheClose) {
+    const RecordingSink sink;
+    // The start of this process' own memory is mapped to nothing: a read of it fails.
+    file_.stream = FileDescriptor(::open("/proc/self/mem", O_RDONLY));
+    std::uint8_t byte = 0;
+    EXPECT_EQ(file_.stream.read({&byte, 1}), 0U);
+    EXPECT_TRUE(file_.stream.at_end());
+    file_.name = "memory";
+    EXPECT_EQ(close_whole_input(file_, nullptr), Status::kFailed);
+    ASSERT_EQ(sink.ids(), (std::vector<int>{4065}));
+    EXPECT_EQ(sink.reports()[0].text,
+              "Fail to read the data specified by the byte range [start : 0, length : 1] in the "
+              "segment file [memory] .");
 }
 
 }  // namespace

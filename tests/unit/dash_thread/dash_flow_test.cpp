@@ -26,8 +26,8 @@ protected:
         add_segments(4);
         for (const char* name : {"a", "b"}) {
             add(std::string(name) + "_init.mp4", init_segment());
-            add(std::string(name) + "_1.mp4", segment(1));
-            add(std::string(name) + "_2.mp4", segment(2));
+            add(std::string(name) + "_1.mp4", mp4_segment(1));
+            add(std::string(name) + "_2.mp4", mp4_segment(2));
         }
     }
     Status run(const std::string& input, const std::string& mpd) {
@@ -119,6 +119,48 @@ TEST_F(DashFlow, MissingInputIsReported) {
     EXPECT_TRUE(fs::is_empty("tmp"));
 }
 
+// Takes the copies of manifests away while they are being read.
+class RemovingSink : public RecordingSink {
+public:
+    void report(const Report& report) override {
+        RecordingSink::report(report);
+        if (report.id != 2010 && report.id != 3) {
+            return;
+        }
+        for (const auto& entry : fs::directory_iterator("tmp")) {
+            if (entry.path().filename().string().find("manifest") != std::string::npos) {
+                fs::remove(entry.path());
+            }
+        }
+    }
+};
+
+TEST_F(DashFlow, CopyThatCannotBeRemovedIsReported) {
+    const std::string mpd = R"(<MPD><UTCTiming schemeIdUri="other"/><Period duration="PT4S">)"
+                            R"(<AdaptationSet>)" +
+                            representation("a") + "</AdaptationSet></Period></MPD>";
+    EXPECT_EQ(run_address(mpd), Status::kOk);
+    EXPECT_EQ(sink_.count(2010), 1U);
+    EXPECT_EQ(sink_.count(11), 0U);
+    const RemovingSink sink;
+    (void)run_address(mpd);
+    EXPECT_EQ(sink.count(11), 2U) << "the run's copy and the worker's";
+    for (const RecordedReport& report : sink.reports()) {
+        if (report.id == 11) {
+            EXPECT_NE(report.text.find("(" + server_.url("/stream.mpd") + ")"), std::string::npos);
+        }
+    }
+    EXPECT_EQ(read_file("out/" + kBoth[0]), samples(1, 2));
+}
+
+TEST_F(DashFlow, ManifestThatIsGoneForTheWorkersFails) {
+    server_.serve("/stream.mpd", {{.body = period(representation("a"))}, {.status = 404}});
+    g_input = server_.url("/stream.mpd");
+    EXPECT_TRUE(has_failed(run_dash(loglist_.get())));
+    EXPECT_EQ(sink_.ids(), (Ids{2054, 4021}));
+    EXPECT_EQ(outputs(), Names{});
+}
+
 TEST_F(DashFlow, UnusableManifestFailsAndItsCopyStays) {
     EXPECT_TRUE(has_failed(run_local("<x/>")));
     EXPECT_EQ(sink_.ids(), Ids{4026});
@@ -162,7 +204,7 @@ TEST_F(DashFlow, Ac4AndVideoAreTimedAgainstEachOther) {
         return period(representation("a", first) + representation("b", second));
     };
     add("b_1.mp4", [] {
-        std::string bytes = segment(1);
+        std::string bytes = mp4_segment(1);
         // The duration of the sample, 2000 ms, becomes 3000 ms.
         const std::string told("\0\0\x07\xD0", 4);
         return bytes.replace(bytes.rfind(told), 4, std::string("\0\0\x0B\xB8", 4));
@@ -174,7 +216,7 @@ TEST_F(DashFlow, Ac4AndVideoAreTimedAgainstEachOther) {
     sink_.clear();
     (void)run_local(codecs(R"(codecs="mp4a.40.2")", R"(mimeType="video/mp4")"));
     EXPECT_EQ(sink_.count(4110), 0U);
-    add("b_1.mp4", segment(1));
+    add("b_1.mp4", mp4_segment(1));
     (void)run_local(codecs(R"(codecs="ac-4.02.01.00")", R"(mimeType="video/mp4")"));
     EXPECT_EQ(sink_.count(4110), 0U);
 }

@@ -4,47 +4,19 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "base/list.h"
 #include "src/dash_thread/dash_thread.h"
-#include "src/dash_thread/player_clock.h"
-#include "src/records/segment_timing.h"
-#include "tests/support/http_server.h"
-#include "tests/support/mp4_builder.h"
-#include "tests/support/recording_sink.h"
-#include "tests/support/temp_folder.h"
+#include "tests/support/worker_run.h"
 
 namespace mediasplit {
 
-using Ids = std::vector<int>;
-
-// A clock that stands still but for what is slept.
-struct TestClock {
-    TestClock();
-    TestClock(const TestClock&) = delete;
-    TestClock& operator=(const TestClock&) = delete;
-    ~TestClock();
-
-    static std::time_t time;
-    static std::vector<std::uint32_t> sleeps;
-
-private:
-    PlayerClock former_ = player_clock();
-};
-
-// A fragmented presentation of one track of unknown coding, whose samples come out as they are: its
-// initialization segment, and its segments of one sample of 2 s.
-std::string sample_text(int number);
+// mp4_init() with another default duration of samples.
 std::string init_segment(std::uint32_t default_sample_duration = 0);
-std::string segment(int number);
 // Segments of which all samples are gone.
 std::string empty_segment();
-// The texts of the samples of segments `first` to `last`.
-std::string samples(int first, int last);
 
 // A manifest of one Period with the Representation "r" of some bandwidth.
 std::string manifest(const std::string& mpd_attributes, const std::string& period_attributes,
@@ -53,11 +25,8 @@ std::string manifest(const std::string& mpd_attributes, const std::string& perio
 inline const std::string kNumbers =
     R"(<SegmentTemplate initialization="init.mp4" media="s$Number$.mp4" duration="2"/>)";
 
-class DashRun : public testing::Test {
+class DashRun : public testing::Test, protected WorkerRun {
 protected:
-    DashRun();
-    ~DashRun() override;
-
     // Writes a file of the working folder and serves it below "/".
     void add(const std::string& name, const std::string& content);
     // init.mp4 and the segments s1.mp4 to s<last>.mp4.
@@ -73,18 +42,8 @@ protected:
         return read_file("out/stream_init_track_id_1.out.data");
     }
     // Ids without message 3, which names each file, and without 2054, which the fetcher raises.
-    [[nodiscard]] Ids ids() const;
-    [[nodiscard]] std::vector<std::string> texts(int id) const;
-    std::vector<SegmentTiming> take_timing();
+    [[nodiscard]] Ids ids() const { return ids_without({3, 2054}); }
 
-    TempFolder folder_;
-    WorkingDirectory directory_{folder_.path()};
-    HttpServer server_;
-    RecordingSink sink_;
-    TestClock clock_;
-    std::unique_ptr<Loglist> loglist_;
-    OsalContext osal_;
-    List list_;
     OutputRegistry outputs_;
 
     std::optional<std::string> keypairs_;

@@ -1,6 +1,35 @@
 #include "src/dash_thread/segment_file.h"
 
+#include <cstdlib>
+#include <new>
+
 #include "tests/unit/dash_thread/dash_run.h"
+
+namespace {
+
+// Blocks of this size and more can't be had on the thread that sets it; 0 for no limit.
+thread_local std::size_t refused_size = 0;
+
+}  // namespace
+
+// Allocation is replaced for the whole test program, so that it can be made to fail.
+void* operator new(std::size_t size) {
+    if (refused_size != 0 && size >= refused_size) {
+        throw std::bad_alloc();
+    }
+    if (void* const memory = std::malloc(size == 0 ? 1 : size); memory != nullptr) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
 
 namespace mediasplit {
 namespace {
@@ -145,6 +174,34 @@ TEST_F(SegmentFile, SegmentWithoutAnAddressStops) {
     EXPECT_EQ(get(), SegmentFileResult::kStop);
     EXPECT_EQ(ids(), Ids{4043});
     EXPECT_NE(status_, Status::kOk);
+}
+
+TEST_F(SegmentFile, FileWithoutMemoryForItIsReported) {
+    add_segments(1);
+    for (const std::string& base : {std::string(), server_.url("/")}) {
+        segment_list(base);
+        player_.next_segment = 0;
+        status_ = Status::kOk;
+        refused_size = 100000;
+        const SegmentFileResult result = get();
+        refused_size = 0;
+        EXPECT_EQ(result, SegmentFileResult::kStop);
+        EXPECT_TRUE(has_failed(status_));
+        EXPECT_EQ(sink_.count(3004), 1U);
+        EXPECT_NE(texts(3004)[0].find("dash_thread"), std::string::npos);
+        EXPECT_TRUE(std::filesystem::is_empty("tmp")) << "the copy is gone";
+        sink_.clear();
+        player_.next_segment = 0;
+        EXPECT_EQ(get(), SegmentFileResult::kReady);
+        EXPECT_EQ(sink_.count(3004), 0U);
+    }
+}
+
+TEST_F(SegmentFile, FolderIsNoSegment) {
+    std::filesystem::create_directory("init.mp4");
+    segment_list("");
+    EXPECT_EQ(get(), SegmentFileResult::kStop);
+    EXPECT_EQ(ids(), Ids{4063});
 }
 
 TEST_F(SegmentFile, WithoutAddressingThereIsNothing) {

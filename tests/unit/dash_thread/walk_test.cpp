@@ -2,6 +2,7 @@
 #include "src/dash_thread/walk.h"
 
 #include "src/dash_thread/media_segment.h"
+#include "tests/support/mp4_builder.h"
 #include "tests/unit/dash_thread/dash_run.h"
 
 namespace mediasplit {
@@ -16,7 +17,7 @@ protected:
     // "init.mp4" holds all: initialization, index, and three segments.
     void add_indexed_file() {
         const std::string init = init_segment();
-        const std::string references[] = {segment(0), segment(1), segment(2)};
+        const std::string references[] = {mp4_segment(0), mp4_segment(1), mp4_segment(2)};
         std::vector<mp4::Bytes> parts = {mp4::u32(0),  // version and flags
                                          mp4::u32(1), mp4::u32(1000), mp4::u32(0),
                                          mp4::u32(0), mp4::u16(0),    mp4::u16(3)};
@@ -96,7 +97,7 @@ TEST_F(Walk, StartOfAPeriodIsTakenInMillisecondsForSeconds) {
     EXPECT_EQ(ids(), Ids{2009});
     EXPECT_EQ(output(), "");
     // 60,000 of 2 s each: number 30,001 would come first.
-    add("s30001.mp4", segment(7));
+    add("s30001.mp4", mp4_segment(7));
     play(manifest("", R"(start="PT60S" duration="PT2S")", kNumbers));
     EXPECT_EQ(output(), samples(7, 7));
 }
@@ -126,8 +127,8 @@ TEST_F(Walk, TimelineEndsWithItsEntries) {
 
 TEST_F(Walk, TimesOfATimelineAreUsed) {
     add("init.mp4", init_segment());
-    add("t5.mp4", segment(0));
-    add("t7.mp4", segment(1));
+    add("t5.mp4", mp4_segment(0));
+    add("t7.mp4", mp4_segment(1));
     play(manifest("", "", R"(<SegmentTemplate initialization="init.mp4" media="t$Time$.mp4">
         <SegmentTimeline><S t="5" d="2" r="1"/></SegmentTimeline></SegmentTemplate>)"));
     EXPECT_EQ(output(), samples(0, 1));
@@ -164,8 +165,8 @@ TEST_F(Walk, UnknownDurationEndsAListBehindItsFirstSegment) {
 
 TEST_F(Walk, RangesOfOneFileAreSegments) {
     const std::string init = init_segment();
-    const std::string first = segment(1);
-    const std::string second = segment(2);
+    const std::string first = mp4_segment(1);
+    const std::string second = mp4_segment(2);
     add("init.mp4", init + first + second);
     const auto range = [](std::size_t begin, std::size_t size) {
         return std::to_string(begin) + "-" + std::to_string(begin + size - 1);
@@ -194,6 +195,20 @@ TEST_F(Walk, RangeThatEndsBeforeItBeginsIsToldAndHarmless) {
             list(std::string(R"(<SegmentURL media="s1.mp4" mediaRange=")") + range + R"("/>)")));
         EXPECT_EQ(result_, 0) << range;
     }
+    EXPECT_EQ(sink_.count(4065), 1U) << "only the last byte ahead of the first one can't be read";
+}
+
+TEST_F(Walk, RangeOfAnIndexThatIsNoneIsToldAndHarmless) {
+    add_indexed_file();
+    for (const char* range : {"9-3", "-", "", "99999999999999999999-", "900000-900100", "x-y",
+                              "9223372036854775807-9223372036854775809"}) {
+        sink_.clear();
+        status_ = Status::kOk;
+        play(manifest("", R"(duration="PT60S")", indexed(range)));
+        EXPECT_EQ(result_, 0) << range;
+        EXPECT_TRUE(has_failed(status_)) << range;
+        EXPECT_EQ(output(), "") << range;
+    }
 }
 
 TEST_F(Walk, IndexedFileIsWalkedByItsIndex) {
@@ -207,6 +222,15 @@ TEST_F(Walk, IndexedFileIsWalkedByItsIndex) {
     ASSERT_EQ(timing.size(), 4U);
     EXPECT_EQ(timing[2].end, 1U);
     EXPECT_DOUBLE_EQ(timing[3].duration, -1.0);
+}
+
+TEST_F(Walk, IndexedFileThatInitializesItselfIsWrittenOnce) {
+    add_indexed_file();
+    const std::string range = std::to_string(first_) + "-" + std::to_string(last_);
+    play(manifest("", R"(duration="PT2S")",
+                  R"(<BaseURL>init.mp4</BaseURL><SegmentBase indexRange=")" + range + R"("/>)"));
+    EXPECT_EQ(ids(), Ids{});
+    EXPECT_EQ(output(), samples(0, 2));
 }
 
 TEST_F(Walk, RangeWithoutAnIndexIsReported) {
@@ -228,9 +252,59 @@ TEST_F(Walk, RepresentationWithoutAddressingEndsAtOnce) {
 
 TEST_F(Walk, AddressThatRepeatsForEverIsPlayedTwiceAtMost) {
     add("init.mp4", init_segment());
-    add("s.mp4", segment(0));
+    add("s.mp4", mp4_segment(0));
     play(manifest("", "", R"(<SegmentTemplate initialization="init.mp4" media="s.mp4"/>)"));
     EXPECT_EQ(output(), sample_text(0) + sample_text(0));
+}
+
+TEST_F(Walk, AddressThatRepeatsWithADurationIsPlayedTwiceAtMost) {
+    add("init.mp4", init_segment());
+    add("s.mp4", mp4_segment(0));
+    const std::string constant =
+        R"(<SegmentTemplate initialization="init.mp4" media="s.mp4" duration="2"/>)";
+    play(manifest("", "", constant));
+    EXPECT_EQ(output(), sample_text(0) + sample_text(0));
+    // A Period of known duration is filled.
+    play(manifest("", R"(duration="PT8S")", constant));
+    EXPECT_EQ(output(), sample_text(0) + sample_text(0) + sample_text(0) + sample_text(0) +
+                            sample_text(0) + sample_text(0));
+}
+
+TEST_F(Walk, TimelineOfOutsizedRepeatsIsNotPlayedForEver) {
+    add("init.mp4", init_segment());
+    add("s.mp4", mp4_segment(0));
+    add("t0.mp4", mp4_segment(1));
+    for (const char* media : {"s.mp4", "t$Time$.mp4"}) {
+        play(manifest("", "",
+                      std::string(R"(<SegmentTemplate initialization="init.mp4" media=")") + media +
+                          R"("><SegmentTimeline><S d="0" r="18446744073709551615"/>
+                                  </SegmentTimeline></SegmentTemplate>)"));
+    }
+    EXPECT_EQ(output(), sample_text(0) + sample_text(0) + sample_text(1) + sample_text(1));
+}
+
+TEST_F(Walk, TimelineOfOneAddressIsPlayedAsOftenAsItSays) {
+    add("init.mp4", init_segment());
+    add("s.mp4", mp4_segment(0));
+    play(manifest("", "", R"(<SegmentTemplate initialization="init.mp4" media="s.mp4">
+        <SegmentTimeline><S d="2" r="2"/></SegmentTimeline></SegmentTemplate>)"));
+    EXPECT_EQ(output(), sample_text(0) + sample_text(0) + sample_text(0));
+}
+
+TEST_F(Walk, StartBeyond64BitsEnds) {
+    add("init.mp4", init_segment());
+    // Number 1 and the last index make 0.
+    add("s0.mp4", mp4_segment(0));
+    add("s" + std::to_string(~std::uint64_t{0}) + ".mp4", mp4_segment(1));
+    for (const char* period : {R"(start="PT99999999999999999999999S")",
+                               R"(start="PT99999999999999999999999S" duration="PT4S")"}) {
+        play(manifest("", period,
+                      R"(<SegmentTemplate initialization="init.mp4" media="s$Number$.mp4"
+                          duration="1"/>)"));
+        EXPECT_EQ(result_, 0);
+        EXPECT_EQ(server_.requests("/init.mp4"), 0U);
+    }
+    EXPECT_EQ(output(), sample_text(0) + samples(1, 1) + sample_text(1) + samples(0, 1));
 }
 
 TEST_F(Walk, SegmentsWithoutDurationDoNotGoOnForEver) {

@@ -64,5 +64,20 @@ TEST(OutputTable, EleventhFileOfTheFirstKindIsRefused) {
     EXPECT_TRUE(ioCloseFiles(table));
 }
 
+TEST(OutputTable, FileThatCannotBeWrittenAsAWholeIsNamedAtTheClose) {
+    const TempFolder folder;
+    const RecordingSink sink;
+    OutputTable table;
+    EXPECT_EQ(ioOpenFile("/dev/full", 1, 1, table), Status::kOk);
+    EXPECT_EQ(ioOpenFile(folder.path("a"), 1, 2, table), Status::kOk);
+    ioWritePESDataPacket(kBytes, table.entries[0].file.get());
+    ioWritePESDataPacket(kBytes, table.entries[1].file.get());
+    EXPECT_FALSE(ioCloseFiles(table));
+    ASSERT_EQ(sink.ids(), (std::vector<int>{4081}));
+    EXPECT_EQ(sink.reports()[0].text,
+              "Fail to create the output elementary stream file: /dev/full");
+    EXPECT_EQ(read_file(folder.path("a")), "abc");
+}
+
 }  // namespace
 }  // namespace mediasplit

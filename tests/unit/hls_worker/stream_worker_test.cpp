@@ -21,15 +21,15 @@ protected:
             (void)folder_.write(std::to_string(i) + ".ts", ts_segment(sample_text(i)));
         }
     }
-
-    [[nodiscard]] static std::string samples(int from, int to) {
-        std::string result;
-        for (int i = from; i <= to; ++i) {
-            result += sample_text(i);
-        }
-        return result;
-    }
 };
+
+// A packed audio segment: an ID3 tag with a time stamp of 0, and `audio`.
+std::string packed(const std::string& audio) {
+    using namespace std::string_literals;
+    const std::string owner = "com.apple.streaming.transportStreamTimestamp\0"s;
+    const std::string frame = "PRIV\0\0\0\x35\0\0"s + owner + std::string(8, '\0');
+    return "ID3\4\0\0\0\0\0"s + static_cast<char>(frame.size()) + frame + audio;
+}
 
 TEST_F(LocalStream, FragmentedSegmentsAreJoined) {
     follow_local(
@@ -86,6 +86,29 @@ TEST_F(LocalStream, FirstSegmentOfARunReplacesFormerFiles) {
         "#EXT-X-MAP:URI=\"init.mp4\"\n#EXTINF:2,\n2.m4s\n#EXT-X-MAP:URI=\"init.mp4\"\n"
         "#EXTINF:2,\n3.m4s\n");
     EXPECT_EQ(output(kData), samples(1, 3));
+}
+
+TEST_F(LocalStream, FileThatComesUpInALaterSegmentReplacesAFormerOneToo) {
+    TsBuilder later = one_program({{0x0F, 258}});
+    PesDescription pes;
+    pes.stream_id = 0xC0;
+    pes.payload = {'n', 'e', 'w'};
+    later.pes(258, pes);
+    (void)folder_.write("late.ts", as_text(later.bytes()));
+    constexpr const char* kLate = "list_PID_258.out.adts";
+    constexpr const char* kPacked = "list.out.aac";
+    (void)folder_.write(std::string("out/") + kLate, "old");
+    (void)folder_.write(std::string("out/") + kPacked, "old");
+    (void)folder_.write("packed.aac", packed("\xFF\xF1 frame"));
+    follow_local("#EXTINF:2,\n0.ts\n#EXTINF:2,\nlate.ts\n#EXTINF:2,\npacked.aac\n");
+    EXPECT_EQ(output(kAdts), samples(0, 0));
+    EXPECT_EQ(output(kLate), "new");
+    EXPECT_EQ(output(kPacked), "\xFF\xF1 frame");
+    // ... and is added to from then on.
+    follow_local("#EXTINF:2,\nlate.ts\n#EXTINF:2,\n1.ts\n#EXTINF:2,\npacked.aac\n");
+    EXPECT_EQ(output(kLate), "newnew");
+    EXPECT_EQ(output(kPacked), "\xFF\xF1 frame\xFF\xF1 frame");
+    EXPECT_EQ(output(kAdts), samples(0, 1));
 }
 
 TEST_F(LocalStream, FirstDemultiplexedSegmentCountsWhateverItsSlot) {
@@ -262,6 +285,8 @@ TEST_F(LocalStream, AudioIsTimedAgainstVideoFromTheSecondTransportStreamOn) {
     (void)folder_.write("1.ts", timed_ts(270000, 0));
     follow_local(text);
     EXPECT_EQ(sink_.count(4106) + sink_.count(4107), 0U);
+    // Audio ends with 179999, video with 180000: 0 - 89999 + 180000 is more than a tick.
+    EXPECT_EQ(sink_.count(4108), 1U);
     (void)folder_.write("1.ts", timed_ts(270000, -1));
     follow_local(text);
     EXPECT_EQ(sink_.count(4106), 1U);
@@ -269,6 +294,11 @@ TEST_F(LocalStream, AudioIsTimedAgainstVideoFromTheSecondTransportStreamOn) {
     follow_local(text);
     EXPECT_EQ(sink_.count(4107), 1U);
     EXPECT_EQ(status_, Status::kRuleBroken);
+    sink_.clear();
+    (void)folder_.write("0.ts", timed_ts(90000, 90000));
+    (void)folder_.write("1.ts", timed_ts(270000, 0));
+    follow_local(text);
+    EXPECT_EQ(sink_.count(4106) + sink_.count(4107) + sink_.count(4108), 0U);
 }
 
 TEST_F(LocalStream, KeyOfTheDataAddressIsLookedUp) {

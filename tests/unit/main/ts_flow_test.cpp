@@ -57,7 +57,8 @@ std::vector<Status> g_results;
 
 Status scripted_demux(InputFile& input, const std::string& output_dir, const std::string& name,
                       bool first, ManifestContext* context, TsSegmentSummary* summary, bool is_hls,
-                      Loglist* /*loglist*/, std::int64_t pid) {
+                      Loglist* /*loglist*/, std::int64_t pid, OutputRegistry* outputs) {
+    EXPECT_NE(outputs, nullptr);
     EXPECT_EQ(context, nullptr);
     std::string content(16, '\0');
     content.resize(ReadBytes(content.data(), content.size(), input));

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "tests/unit/master_checks/master_input.h"
@@ -55,6 +56,14 @@ TEST(SameStreamTest, FourRaise4101Once) {
     EXPECT_EQ(checked.status, Status::kRuleBroken);
     EXPECT_EQ(checked.playlist.streams[0].codecs, "avc1,hvc1,pxh1,pxa1");
     EXPECT_EQ(checked.playlist.streams[0].duplicate_index_text, "0, 1, 2");
+}
+
+TEST(SameStreamTest, EachPairThatDoesNotFitRaises4101) {
+    // The fifth fits neither with the first nor with the second, which has the two behind it.
+    const auto checked =
+        check_master(stream("avc1", "v") + stream("hvc1", "v") + stream("pxh1", "v") +
+                     stream("pxa1", "v") + stream("hev1", "v"));
+    EXPECT_EQ(std::count(checked.ids.begin(), checked.ids.end(), 4101), 3);
 }
 
 TEST(SameStreamTest, AnotherAddressOrGroupMakesAnotherStream) {

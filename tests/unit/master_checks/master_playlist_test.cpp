@@ -87,6 +87,16 @@ TEST(MasterRenditionTest, OtherAudioCodecsInAGroupRaise4050) {
     EXPECT_EQ(checked.playlist.media[0].codecs, "mp4a,ec-3");
 }
 
+TEST(MasterRenditionTest, EachRenditionOfAGroupRaises4050) {
+    const auto checked = check_master(
+        media("AUDIO", "aud", "a.m3u8") + media("AUDIO", "aud", "b.m3u8", "LANGUAGE=\"de\"") +
+        stream("avc1,mp4a", "v.m3u8", "AUDIO=\"aud\"") +
+        stream("avc1,ec-3", "w.m3u8", "AUDIO=\"aud\"") +
+        stream("avc1,ac-3", "x.m3u8", "AUDIO=\"aud\""));
+    EXPECT_EQ(checked.ids, (Ids{4050, 4050, 4050, 4050}));
+    EXPECT_EQ(checked.playlist.media[1].codecs, "mp4a,ec-3,ac-3");
+}
+
 TEST(MasterRenditionTest, StreamWithoutAudioCodecsDoesNotRaise4050) {
     const auto checked = check_master(media("AUDIO", "aud", "a.m3u8") +
                                       stream("avc1,mp4a", "v.m3u8", "AUDIO=\"aud\"") +
@@ -122,6 +132,12 @@ TEST(MasterRenditionTest, UnknownCodecRaises2021) {
     EXPECT_EQ(checked.status, Status::kOk);
     EXPECT_EQ(checked.playlist.streams[0].enabled, 1U);
     EXPECT_FALSE(check_master(stream("avc1,ec-3", "v.m3u8")).raised(2021));
+    // By each split that meets it: for the rendition, then for the audio and the video of the
+    // stream, whose video is compared with no other.
+    EXPECT_EQ(check_master(media("AUDIO", "aud", "a.m3u8") +
+                           stream("avc1,opus", "v.m3u8", "AUDIO=\"aud\""))
+                  .ids,
+              (Ids{2021, 2021, 2021}));
 }
 
 TEST(MasterRenditionTest, AudioGroupOfNoStreamRaises2012AndIsNotFollowed) {

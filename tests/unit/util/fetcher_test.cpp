@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "src/util/fetched_files.h"
 #include "tests/support/http_server.h"
 #include "tests/support/recording_sink.h"
 #include "tests/support/temp_folder.h"
@@ -225,6 +226,36 @@ TEST(RemoveParentFolder, EndsForAnyMixOfDots) {
         ASSERT_EQ(remove_parent_folder(out, url), 0);
         ASSERT_LE(out.size(), url.size());
     }
+}
+
+TEST_F(FetcherTest, MoreBytesThanAllowedAreAFailedDownload) {
+    server_.serve("/a", std::string(100000, 'x'));
+    EXPECT_EQ(url2file(server_.url("/a"), path_, 100000), 0);
+    EXPECT_EQ(std::filesystem::file_size(path_), 100000U);
+    EXPECT_EQ(url2file(server_.url("/a"), path_, 99999), CURLE_WRITE_ERROR);
+    EXPECT_FALSE(std::filesystem::exists(path_));
+    EXPECT_EQ(sink_.ids(), (std::vector<int>{2054}));
+}
+
+TEST_F(FetcherTest, FetchedFileGoesWithAllOthersUntilItIsRemoved) {
+    server_.serve("/a", "x");
+    EXPECT_EQ(url2file(server_.url("/a"), path_), 0);
+    remove_all_fetched_files();
+    EXPECT_FALSE(std::filesystem::exists(path_));
+    EXPECT_EQ(url2file(server_.url("/a"), path_), 0);
+    EXPECT_EQ(remove_fetched_file(path_), 0);
+    // Whatever takes the name afterwards is no fetched file.
+    (void)folder_.write("fetched", "mine");
+    remove_all_fetched_files();
+    EXPECT_TRUE(std::filesystem::exists(path_));
+}
+
+TEST_F(FetcherTest, FailedFetchLeavesNoNoteOfItsFile) {
+    EXPECT_NE(url2file(server_.url("/none"), path_), 0);
+    EXPECT_EQ(url2file(server_.url("/none"), folder_.path("no/such/folder")), -1);
+    (void)folder_.write("fetched", "mine");
+    remove_all_fetched_files();
+    EXPECT_TRUE(std::filesystem::exists(path_));
 }
 
 }  // namespace

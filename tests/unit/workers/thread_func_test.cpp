@@ -123,6 +123,29 @@ TEST_F(Worker, PlaylistThatGoesAwayEndsTheStream) {
     EXPECT_TRUE(has_end_record());
 }
 
+TEST_F(Worker, CopyOfThePlaylistThatCannotBeRemovedIsReported) {
+    HttpReply segment{.body = ts()};
+    segment.on_request = [] { remove_files("tmp", "playlist_manifest"); };
+    server_.serve("/0.ts", {segment});
+    server_.serve("/list.m3u8", "#EXTINF:1,\n0.ts\n#EXT-X-ENDLIST\n");
+    run(server_.url("/list.m3u8"));
+    ASSERT_EQ(sink_.ids(), (Ids{3, 3, 11}));
+    EXPECT_TRUE(sink_.reports()[2].text.starts_with("Fail to remove tmp/playlist_manifest_"));
+    EXPECT_TRUE(sink_.reports()[2].text.ends_with(" (" + server_.url("/list.m3u8") + ")"));
+    EXPECT_EQ(job_.status, Status::kOk);
+    EXPECT_EQ(read_file("out/list_PID_257.out.adts"), "abc");
+}
+
+TEST_F(Worker, CopyOfThePlaylistThatIsGoneEndsTheStream) {
+    HttpReply list{.body = "#EXTINF:1,\n0.ts\n"};
+    list.on_request = [] { remove_files("tmp", "playlist_manifest"); };
+    server_.serve("/list.m3u8", {list});
+    run(server_.url("/list.m3u8"));
+    EXPECT_EQ(sink_.ids(), (Ids{3, 4022, 2014, 11}));
+    EXPECT_TRUE(has_failed(job_.status));
+    EXPECT_TRUE(has_end_record());
+}
+
 TEST_F(Worker, TemporaryFolderThatIsMissingEndsTheStream) {
     std::filesystem::remove("tmp");
     server_.serve("/list.m3u8", "#EXTINF:1,\n0.ts\n");
