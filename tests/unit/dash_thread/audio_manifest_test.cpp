@@ -10,6 +10,7 @@
 #include "tests/support/ac4_builder.h"
 #include "tests/support/dsi_builder.h"
 #include "tests/support/eac3_builder.h"
+#include "tests/support/mp4_builder.h"
 #include "tests/unit/dash_thread/dash_run.h"
 #include "tests/unit/main/run_options_scope.h"
 
@@ -20,10 +21,6 @@ using mp4::Bytes;
 
 constexpr std::size_t kSegmentSamples = 3;
 constexpr std::size_t kSegments = 2;
-
-std::string as_text(const Bytes& bytes) {
-    return {bytes.begin(), bytes.end()};
-}
 
 mp4::MovieSpec movie_of(const Bytes& entry, const std::vector<Bytes>& frames,
                         std::uint32_t duration) {
