@@ -12,10 +12,10 @@ deps:
 test-deps:
 	@scripts/install_packages.sh test
 
-# The program alone, optimised.
+# The programs alone, optimised.
 build: deps
 	@cmake --preset release -DMEDIASPLIT_TESTS=OFF >/dev/null
-	@cmake --build --preset release -j $(JOBS) --target mediasplit
+	@cmake --build --preset release -j $(JOBS) --target mediasplit mediasplit-report
 
 demo: build
 	@scripts/demo.sh

@@ -89,6 +89,9 @@ class Bench:
                 file.write("- %s, %s: `%s`\n" % (row.title, row.name, words.replace(self.options.program, "mediasplit")))
             for note in self.notes:
                 file.write("\n" + note + "\n")
+            if self.options.kernels:
+                with open(self.options.kernels) as kernels:
+                    file.write("\nKernels, and decryption beside the bare cipher:\n\n```\n%s```\n" % kernels.read())
 
     def make(self, name, build):
         path = self.path(name)
@@ -198,6 +201,23 @@ class Bench:
                 if title.startswith("E") else ["cat", source],
             })
 
+    def packed(self):
+        """Packed audio comes in segments of a playlist; this one has a single long segment."""
+        def build(path):
+            tone = self.make("tone.aac", lambda part: run(
+                ["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "anoisesrc=d=60:r=48000:a=0.3", "-ac", "2", "-c:a", "aac",
+                 "-b:a", "320k", "-f", "adts", part]))
+            repeat(tone, path, GIGABYTE, time_tag())
+
+        segment = self.make("segment.aac", build)
+        with open(self.path("packed.m3u8"), "w") as out:
+            out.write("#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\nsegment.aac\n#EXT-X-ENDLIST\n")
+        self.compare("packed AAC, %.0f MB" % (os.path.getsize(segment) / 1e6), {
+            "mediasplit": self.split(self.path("packed.m3u8")),
+            "cp": ["cp", segment, self.path("out/copy")],
+            "ffmpeg -c copy": ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", segment, "-c", "copy", self.path("out/a.aac")],
+        })
+
     def dash(self):
         """A presentation of 10 Representations beside a copy of all its streams, and many readings of one manifest."""
         folder = self.make("dash", lambda path: write_presentation(path, self.clip()))
@@ -217,9 +237,10 @@ class Bench:
                                write_large_manifest(path, count, size))
             figures = [measure(self.split(os.path.join(folder, "stream.mpd")), [self.path("out/")])
                        for _ in range(self.options.runs)]
-            print("\n%d Representations of a manifest of %d MB: %.3f s, peak %.1f MiB" %
-                  (representations, megabytes, statistics.median(wall for wall, _ in figures),
-                   max(peak for _, peak in figures) / 1024))
+            self.notes.append("%d Representations of a manifest of %d MB: %.3f s, peak %.1f MiB." %
+                              (representations, megabytes, statistics.median(wall for wall, _, _ in figures),
+                               max(peak for _, _, peak in figures) / 1024))
+            print("\n" + self.notes[-1])
 
     def many_samples(self):
         """Ten times the samples; the ratio of the times tells how the walk grows."""
@@ -341,11 +362,19 @@ def write_small_samples(path, kind, count):
 
 # ---- elementary streams -----------------------------------------------------------------------------
 
-def repeat(source, path, size):
-    """Whole copies of `source`, one behind the other, until `size` bytes are reached."""
+def time_tag():
+    """The ID3 tag that tells a segment's time."""
+    private = b"com.apple.streaming.transportStreamTimestamp\0" + bytes(8)
+    frame = b"PRIV" + len(private).to_bytes(4, "big") + bytes(2) + private
+    return b"ID3\4\0\0" + len(frame).to_bytes(4, "big") + frame
+
+
+def repeat(source, path, size, head=b""):
+    """`head`, then whole copies of `source`, one behind the other, until `size` bytes are reached."""
     with open(source, "rb") as file:
         content = file.read()
     with open(path, "wb") as out:
+        out.write(head)
         for _ in range(max(size // len(content), 1)):
             out.write(content)
 
@@ -361,7 +390,7 @@ def write_ac4(path):
             out.write((b"\xac\x40" + len(frame).to_bytes(2, "big") + frame) * 1000)
 
 
-JOBS = ["mp4", "ts", "playlist", "dash", "encrypted", "elementary", "many_samples"]
+JOBS = ["mp4", "ts", "playlist", "dash", "encrypted", "elementary", "packed", "many_samples"]
 
 
 def main():
@@ -370,6 +399,7 @@ def main():
     parser.add_argument("--scratch", default="/tmp/mediasplit_bench")
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--table", help="the file that the table is written to")
+    parser.add_argument("--kernels", help="output of the kernels' benchmarks, which goes into the table's file, too")
     parser.add_argument("jobs", nargs="*", help="some of: %s; default: all" % ", ".join(JOBS))
     options = parser.parse_args()
     options.program = os.path.abspath(options.program)

@@ -6,11 +6,12 @@
 # Safe to run again: packages that are there are left alone. Works as root or through sudo.
 set -euo pipefail
 
-build_packages=(g++ cmake ninja-build make libcurl4-openssl-dev libmbedtls-dev)
+build_packages=(g++ cmake ninja-build make libcurl4-openssl-dev libmbedtls-dev
+                nlohmann-json3-dev)
 package_packages=(dpkg-dev file git mmdebstrap)
-test_packages=(libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev clang clang-tidy clang-format
-               llvm ffmpeg mediainfo nginx-light openssl iso-codes python3 dpkg-dev file jq parallel shellcheck yamllint
-               python3-yaml mandoc zsh)
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang clang-tidy clang-format
+               llvm ffmpeg mediainfo nginx-light openssl iso-codes python3 python3-jsonschema python3-yaml
+               dpkg-dev file jq mandoc parallel shellcheck yamllint zsh)
 
 wanted=("${build_packages[@]}")
 case "${1:-build}" in

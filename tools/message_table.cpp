@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "src/log/catalogue.h"
+#include "src/report/rule_class.h"
 
 namespace mediasplit {
 namespace {
@@ -87,22 +88,14 @@ std::vector<const CatalogueRow*> rows_of(const Section& section) {
     return found;
 }
 
-std::string_view level_of(const CatalogueRow& row) {
-    switch (row.type) {
-        case MessageType::kInfo:
-            return "info";
-        case MessageType::kWarning:
-            return "warning";
-        case MessageType::kError:
-            return "error";
-        case MessageType::kFatalError:
-            return "fatal";
-        case MessageType::kDebug:
-            return "debug";
-        case MessageType::kPlain:
-            break;
-    }
-    return "";
+std::string_view level_text(const CatalogueRow& row) {
+    return report::is_finding(row) ? report::name_of(report::level_of(row)) : "";
+}
+
+/// What a row without a checkpoint is about, as reports tell.
+std::string subject_of(const CatalogueRow& row) {
+    std::string subject(report::name_of(report::family_of(row)));
+    return (subject += ", ") += report::name_of(report::layer_of(row));
 }
 
 /// The text as a Markdown table shows it unchanged. The authority of vendor tags is a value of the
@@ -180,14 +173,17 @@ void print_section(const Section& section) {
         return;
     }
     const bool rules = section.place == Place::kRule;
+    const bool general = section.place == Place::kGeneral;
     print("\n## " + std::string(section.title) + "\n\n| Number | Level | " +
-          (rules ? "Rule | " : "") + "Message | Clause |\n|--:|---|" + (rules ? "--:|" : "") +
+          (rules ? "Rule | " : "") + (general ? "Family, layer | " : "") +
+          "Message | Clause |\n|--:|---|" + (rules ? "--:|" : "") + (general ? "---|" : "") +
           "---|---|\n");
     for (const CatalogueRow* row : rows) {
         const std::string number = std::to_string(row->id);
-        print("| <a id=\"m" + number + "\"></a>" + number + " | " + std::string(level_of(*row)) +
-              " | " + (rules ? std::to_string(row->checkpoint) + " | " : "") + shown(row->message) +
-              " | " + shown(row->reference) + " |\n");
+        print("| <a id=\"m" + number + "\"></a>" + number + " | " + std::string(level_text(*row)) +
+              " | " + (rules ? std::to_string(row->checkpoint) + " | " : "") +
+              (general ? subject_of(*row) + " | " : "") + shown(row->message) + " | " +
+              shown(row->reference) + " |\n");
     }
 }
 

@@ -1,7 +1,10 @@
 #include "src/dash_thread/dash_thread.h"
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <cstddef>
+#include <cstdio>
 #include <memory>
 #include <optional>
 #include <semaphore>
@@ -147,6 +150,18 @@ private:
     }
 };
 
+// Gives what a large tree took back to the system; else each worker's share of the heap would keep
+// as much.
+void release_tree(EzxmlPtr& root, [[maybe_unused]] long text_size) {
+    root.reset();
+#ifdef __GLIBC__
+    constexpr long kLargeText = 1 << 20;
+    if (text_size > kLargeText) {
+        (void)malloc_trim(0);
+    }
+#endif
+}
+
 // One reading of the manifest.
 struct Reading {
     EzxmlPtr root;
@@ -210,7 +225,7 @@ int dash_thread(std::FILE* file, OptText text, const DashJob& job, Status& statu
     std::unique_ptr<Mp4Demuxer> demuxer =
         fmp4demux_create(job.output_dir, job.name, suffix, nullptr, &context, key, job.keypairs,
                          &status, job.loglist, kAllTracks);
-    reading.root.reset();
+    release_tree(reading.root, file == nullptr ? 0 : std::ftell(file));
     turn.reset();
     if (demuxer == nullptr) {
         status |= Status::kFailed;

@@ -1,6 +1,8 @@
 #include "src/dash_thread/media_segment.h"
 
+#include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -9,6 +11,7 @@
 #include "src/log/logging.h"
 #include "src/util/address.h"
 #include "src/util/segments.h"
+#include "src/util/text.h"
 
 namespace mediasplit {
 namespace {
@@ -53,6 +56,18 @@ std::uint32_t kind_of_media(const DashPlayer& player, bool has_range) {
     return kSlotUnset;
 }
 
+// Of a file that initializes itself: what stands ahead of its index. The index gives the rest.
+std::unique_ptr<ByteRangeText> bytes_ahead_of_index(const DashPlayer& player) {
+    auto range = split_range(player.base_index_range);
+    const std::uint64_t begin = range == nullptr ? 0 : str2ulonglong(range->offset);
+    if (begin == 0) {
+        return nullptr;
+    }
+    range->offset = "0";
+    range->last_byte = std::to_string(begin - 1);
+    return range;
+}
+
 // What is to be demultiplexed; kSlotUnset if nothing is. A template tells no byte ranges.
 SegmentSlot current_slot(const DashPlayer& player, const InputFile& file,
                          const std::optional<std::string>& range) {
@@ -65,6 +80,11 @@ SegmentSlot current_slot(const DashPlayer& player, const InputFile& file,
         player.next_segment == 1 ? kSlotInitialization : kind_of_media(player, range.has_value());
     if (player.segment_type != SegmentElementType::kTemplate) {
         slot.byte_range = split_range(range);
+    }
+    if (slot.kind == kSlotInitialization && slot.byte_range == nullptr &&
+        player.segment_type == SegmentElementType::kBase &&
+        player.base_init_url == player.base_media_url) {
+        slot.byte_range = bytes_ahead_of_index(player);
     }
     return slot;
 }
@@ -166,6 +186,7 @@ bool play_cur_segment(DashPlayer& player, InputFile& file, const std::optional<s
     const bool continues =
         slot.kind != kSlotUnset && demux(player, file, slot, demuxer, durations, status, loglist);
     status |= close_whole_input(file, loglist);
+    note_segment();
     return continues;
 }
 

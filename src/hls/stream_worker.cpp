@@ -162,7 +162,9 @@ std::int64_t threadUnit(StreamState& state, std::size_t index, LocalSegment segm
         }
     }
     adopt_segment(state, slot, std::move(segment));
-    return demux_segment(state, slot, type, skip) ? next_index(state, index) : kEndOfStream;
+    const bool goes_on = demux_segment(state, slot, type, skip);
+    note_segment();
+    return goes_on ? next_index(state, index) : kEndOfStream;
 }
 
 std::int64_t threadRecursion(StreamState& state, std::size_t index) {

@@ -5,13 +5,9 @@ import re
 import struct
 import unittest
 
+from inputs import box
 from program import ProgramTest
 from scripted_server import ScriptedServer
-
-
-def box(kind, *parts):
-    body = b"".join(parts)
-    return struct.pack(">I4s", 8 + len(body), kind) + body
 
 
 def words(*values):
@@ -231,7 +227,7 @@ class FolderTest(DashTest):
 
 
 class AddressTest(DashTest):
-    LIVE = 'type="dynamic" minimumUpdatePeriod="PT2S" availabilityStartTime="2026-01-01T00:00:00Z" publishTime="%s" ' \
+    LIVE = 'type="dynamic" minimumUpdatePeriod="PT1S" availabilityStartTime="2026-01-01T00:00:00Z" publishTime="%s" ' \
            'minBufferTime="PT0S"'
     ONE = period(representation("a"), attributes="")
 
@@ -282,15 +278,13 @@ class AddressTest(DashTest):
         self.assertEqual(self.files("tmp"), [])
 
     def test_live_manifest_is_loaded_again(self):
-        # Segments of 1 s, so that the update comes after two.
-        for i in range(1, 9):
-            self.put("a_%d.m4s" % i, segment(b"a %d." % i, 1000))
+        self.put_short_segments()
         ones = period(representation("a", (NUMBERS % ("a", "a")).replace('"2"', '"1"')), attributes="")
         first = manifest(ones, attributes=self.LIVE % "2026-01-01T00:00:00Z")
         second = manifest(ones, attributes=self.LIVE % "2026-01-01T00:00:05Z")
         self.server.script["/stream.mpd"] = [text.encode() for text in (first, first, second)]
-        result = self.split(self.server.url("/stream.mpd"), 0, "--live-duration", "3")
-        self.assertEqual(self.outputs(), {"stream_a_i_track_id_1.out.data": b"a 1.a 2.a 6."})
+        result = self.split(self.server.url("/stream.mpd"), 0, "--live-duration", "2")
+        self.assertEqual(self.outputs(), {"stream_a_i_track_id_1.out.data": b"a 1.a 6."})
         self.assertRegex(result.out, r"INFO: =+MANIFEST REPRESENTATION \[id: a\] UPDATE\(\d+ ms\)=+\n")
         self.assertIn("INFO: For the live streaming, the validation starts at : 2026-01-01T00:00:05Z.\n", result.out)
         self.assertEqual(self.server.requests.count("/stream.mpd"), 3)
@@ -301,7 +295,13 @@ class AddressTest(DashTest):
         self.split_address(manifest(self.ONE, attributes=self.LIVE % "2026-01-01T00:00:00Z"), 0, "--live-duration", "0")
         self.assertEqual(self.outputs(), {"stream_a_i_track_id_1.out.data": b"a 1."})
 
+    def put_short_segments(self):
+        """Of one second, which is the time to the next update."""
+        for i in range(1, 9):
+            self.put("a_%d.m4s" % i, segment(b"a %d." % i, 1000))
+
     def test_reload_that_fails_fails_the_run(self):
+        self.put_short_segments()
         live = manifest(self.ONE, attributes=self.LIVE % "2026-01-01T00:00:00Z")
         for answer, message in ((404, "Fail to fetch: " + self.server.url("/stream.mpd")),
                                 (b"<x/>", "In DASH manifest, <MPD> or <Period> must be included.")):

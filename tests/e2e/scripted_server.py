@@ -40,7 +40,7 @@ class ScriptedServer:
                 pass
 
         self.http = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-        self.thread = threading.Thread(target=self.http.serve_forever, daemon=True)
+        self.thread = threading.Thread(target=self.http.serve_forever, args=(0.02,), daemon=True)
 
     def answer(self, path):
         answers = self.script.get(path)

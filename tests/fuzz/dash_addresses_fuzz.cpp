@@ -39,7 +39,11 @@ void play(const Ezxml* root, std::int32_t period, const std::optional<std::strin
             Status::kOk) {
             break;
         }
-        require(player->segment_type != SegmentElementType::kTemplate || url.size() <= kLongestUrl);
+        if (player->segment_type == SegmentElementType::kTemplate) {
+            require(url.size() <= kLongestUrl);
+            // The initialization segment comes once.
+            require(i == 0 || player->next_segment > 1);
+        }
     }
     std::string name;
     get_init_segment_filename(*player, name);

@@ -23,11 +23,10 @@ exec bash -c "$*"
 """
 
 
-def missing(*programs):
-    return [program for program in programs if not shutil.which(program)]
+def missing(program):
+    return shutil.which(program) is None
 
 
-@unittest.skipIf(missing("parallel", "jq"), "parallel or jq isn't installed")
 class BatchTest(ProgramTest):
     def setUp(self):
         super().setUp()
@@ -71,6 +70,7 @@ class BatchTest(ProgramTest):
         self.assertEqual(self.files("results/.work"), [])
 
 
+@unittest.skipIf(missing("parallel"), "parallel isn't installed")
 class OneMachineTest(BatchTest):
     def test_list_leaves_a_folder_for_each_input(self):
         self.put_inputs()
@@ -107,6 +107,7 @@ class OneMachineTest(BatchTest):
         self.batch("split_nth.sh", "list.txt", "results", "4", expect=64)
 
 
+@unittest.skipIf(missing("parallel"), "parallel isn't installed")
 class SeveralMachinesTest(BatchTest):
     def test_each_machine_gets_its_part(self):
         self.put_inputs()
@@ -218,7 +219,7 @@ class MergeTest(BatchTest):
             "streams": [{"stream": "", "outputs": [], "counts": dict(zip(("error", "warning", "info"), counts))}]}
 
     def merged(self):
-        return json.loads(self.batch("merge_reports.sh", "results"))
+        return json.loads(self.batch("merge_reports.py", "results"))
 
     def test_rules_are_summed_over_inputs(self):
         self.put_result("a", "a.mp4", 0, self.report("Succeed", (2, 1, 0), (4200, "error", "first", 3),
@@ -243,13 +244,24 @@ class MergeTest(BatchTest):
         self.assertEqual(merged["failed"], ["a.mp4", "b.mp4", "c.mp4"])
         self.assertEqual([one["result"] for one in merged["inputs"]], ["Failed", "Failed", "Failed", "Succeed"])
 
+    def test_text_that_is_no_json_object_counts_as_no_report(self):
+        self.put_result("a", "a.mp4", 0, b"[]")
+        self.put_result("b", "b.mp4", 0, b"\xff\xfe")
+        self.assertEqual(self.merged()["failed"], ["a.mp4", "b.mp4"])
+
+    def test_names_that_are_not_utf_8_leave_the_document_valid(self):
+        self.put_result("a", "a.mp4", 1, None)
+        self.write("results/a/input", b"caf\xe9.mp4\n")
+        self.assertEqual(self.merged()["failed"], ["caf\udce9.mp4"])
+
     def test_no_results_are_an_empty_document(self):
         os.mkdir(self.path("results"))
         self.assertEqual(self.merged(), {"tool": "mediasplit-report", "runs": 0, "failed": [], "inputs": [], "rules": []})
 
     def test_reports_of_real_runs_are_merged(self):
         self.put_inputs()
-        self.batch("split_list.sh", "list.txt", "results", expect=1)
+        for number, status in enumerate((0, 0, 1, 1)):
+            self.batch("split_nth.sh", "list.txt", "results", str(number), expect=status)
         merged = self.merged()
         self.assertEqual(merged["runs"], 4)
         self.assertEqual(set(merged["failed"]), {"broken.ts", "none.mp4"})

@@ -7,15 +7,12 @@ import subprocess
 import tempfile
 import unittest
 
-from program import MEDIASPLIT, REPOSITORY
+from program import REPOSITORY
 
-PROGRAMS = os.environ["MEDIASPLIT_PROGRAMS"].split(":")
+PROGRAM_PATHS = {os.path.basename(path): path for path in os.environ["MEDIASPLIT_PROGRAMS"].split(":")}
+PROGRAMS = list(PROGRAM_PATHS)
 PACKAGING = os.path.join(REPOSITORY, "packaging")
 OPTION = r"--?[a-z][a-z-]*"
-
-
-def program_path(name):
-    return os.path.join(os.path.dirname(MEDIASPLIT), name)
 
 
 def output_of(*words, **options):
@@ -26,12 +23,20 @@ def output_of(*words, **options):
     return done.stdout.decode()
 
 
+def help_lines(name):
+    """(option, what follows it) of each line under a heading that begins with "Options"."""
+    text = output_of(PROGRAM_PATHS[name], "--help" if name == "mediasplit-report" else "-h")
+    blocks = re.findall(r"^Options[^\n]*:\n(.*?)(?:\n\n|\Z)", text, re.MULTILINE | re.DOTALL)
+    return re.findall(r"^ {2,3}(%s)\b ?(\S*)" % OPTION, "\n".join(blocks), re.MULTILINE)
+
+
 def help_options(name):
-    """Options of the lines under "Options:", with the placeholder that follows the option or ''."""
-    text = output_of(program_path(name), "-h")
-    block = text.split("Options:\n", 1)[1].split("\n\n", 1)[0]
-    return set(re.findall(r"^ +(%s)" % OPTION, block, re.MULTILINE)) | set(
-        re.findall(r"^ +-\w, (%s)" % OPTION, block, re.MULTILINE))
+    return {option for option, _ in help_lines(name)}
+
+
+def help_choices(name):
+    """The words that may follow an option, of the options that have a fixed set of them."""
+    return {option: set(value.split("|")) for option, value in help_lines(name) if "|" in value}
 
 
 def manual_options(name):
@@ -95,6 +100,20 @@ class InterfaceTest(unittest.TestCase):
             with self.subTest(name):
                 self.assertEqual(bash_completions(name, ""), help_options(name))
 
+    def test_choices_of_an_option_are_the_same_everywhere(self):
+        self.assertEqual(set(help_choices("mediasplit-report")), {"--format", "--fail-on", "--min-level"})
+        for name in PROGRAMS:
+            with open(os.path.join(PACKAGING, "man", name + ".1"), encoding="utf-8") as page:
+                manual = page.read().replace("\\-", "-").replace('"', "")
+            with open(os.path.join(PACKAGING, "completions", "_" + name), encoding="utf-8") as file:
+                zsh = file.read()
+            for option, choices in help_choices(name).items():
+                with self.subTest("%s %s" % (name, option)):
+                    self.assertEqual(bash_completions(name, option, ""), choices)
+                    self.assertEqual(set(re.search(r"'%s\[[^\n]*:\((.*)\)'" % option, zsh).group(1).split()), choices)
+                    head = re.search(r"^\.TP\n\.BR %s (.*)$" % option, manual, re.MULTILINE).group(1)
+                    self.assertEqual(set(head.replace("|", " ").split()), choices)
+
     def test_bash_goes_on_with_a_begun_option(self):
         self.assertEqual(bash_completions("mediasplit", "--d"), {"--decryption-keys"})
 
@@ -113,7 +132,7 @@ class InterfaceTest(unittest.TestCase):
         for name in PROGRAMS:
             for option in help_options(name):
                 with self.subTest("%s %s" % (name, option)):
-                    done = subprocess.run([program_path(name), option, "1"], stdin=subprocess.DEVNULL,
+                    done = subprocess.run([PROGRAM_PATHS[name], option, "1"], stdin=subprocess.DEVNULL,
                                           stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60)
                     said = done.stderr.decode()
                     self.assertNotIn('The command "%s" is unsupported.' % option, said)

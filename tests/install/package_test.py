@@ -32,7 +32,7 @@ def expected_files(zsh_folder):
         {"share/bash-completion/completions/%s" % name for name in PROGRAMS} | \
         {"%s/_%s" % (zsh_folder, name) for name in PROGRAMS} | \
         {"share/doc/mediasplit/%s" % name for name in DOCUMENTATION} | \
-        {"share/mediasplit/batch/split_one.sh", "share/mediasplit/batch/merge_reports.jq"}
+        {"share/mediasplit/batch/split_one.sh", "share/mediasplit/batch/merge_reports.py"}
 
 
 def zsh_folder():
@@ -66,7 +66,7 @@ class InstallTest(ProgramTest):
     def test_scripts_can_be_run(self):
         folder = self.path("usr", "share", "mediasplit", "batch")
         for name in os.listdir(folder):
-            self.assertEqual(os.access(os.path.join(folder, name), os.X_OK), name.endswith(".sh"), name)
+            self.assertEqual(os.access(os.path.join(folder, name), os.X_OK), name.endswith((".sh", ".py")), name)
 
 
 @unittest.skipUnless(shutil.which("dpkg-shlibdeps") and shutil.which("dpkg-deb"), "dpkg-dev isn't installed")

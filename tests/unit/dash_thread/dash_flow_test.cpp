@@ -119,6 +119,48 @@ TEST_F(DashFlow, MissingInputIsReported) {
     EXPECT_TRUE(fs::is_empty("tmp"));
 }
 
+// Takes the copies of manifests away while they are being read.
+class RemovingSink : public RecordingSink {
+public:
+    void report(const Report& report) override {
+        RecordingSink::report(report);
+        if (report.id != 2010 && report.id != 3) {
+            return;
+        }
+        for (const auto& entry : fs::directory_iterator("tmp")) {
+            if (entry.path().filename().string().find("manifest") != std::string::npos) {
+                fs::remove(entry.path());
+            }
+        }
+    }
+};
+
+TEST_F(DashFlow, CopyThatCannotBeRemovedIsReported) {
+    const std::string mpd = R"(<MPD><UTCTiming schemeIdUri="other"/><Period duration="PT4S">)"
+                            R"(<AdaptationSet>)" +
+                            representation("a") + "</AdaptationSet></Period></MPD>";
+    EXPECT_EQ(run_address(mpd), Status::kOk);
+    EXPECT_EQ(sink_.count(2010), 1U);
+    EXPECT_EQ(sink_.count(11), 0U);
+    const RemovingSink sink;
+    (void)run_address(mpd);
+    EXPECT_EQ(sink.count(11), 2U) << "the run's copy and the worker's";
+    for (const RecordedReport& report : sink.reports()) {
+        if (report.id == 11) {
+            EXPECT_NE(report.text.find("(" + server_.url("/stream.mpd") + ")"), std::string::npos);
+        }
+    }
+    EXPECT_EQ(read_file("out/" + kBoth[0]), samples(1, 2));
+}
+
+TEST_F(DashFlow, ManifestThatIsGoneForTheWorkersFails) {
+    server_.serve("/stream.mpd", {{.body = period(representation("a"))}, {.status = 404}});
+    g_input = server_.url("/stream.mpd");
+    EXPECT_TRUE(has_failed(run_dash(loglist_.get())));
+    EXPECT_EQ(sink_.ids(), (Ids{2054, 4021}));
+    EXPECT_EQ(outputs(), Names{});
+}
+
 TEST_F(DashFlow, UnusableManifestFailsAndItsCopyStays) {
     EXPECT_TRUE(has_failed(run_local("<x/>")));
     EXPECT_EQ(sink_.ids(), Ids{4026});

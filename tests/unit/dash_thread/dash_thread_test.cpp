@@ -4,16 +4,13 @@
 
 #include "tests/unit/dash_thread/dash_run.h"
 
+#include "tests/support/mp4_builder.h"
 #include "tests/support/nal_builder.h"
 
 namespace mediasplit {
 namespace {
 
 using DashThread = DashRun;
-
-std::string as_text(const mp4::Bytes& bytes) {
-    return {bytes.begin(), bytes.end()};
-}
 
 // An H.264 stream in an entry of the enhancement format, with its SPS in the sample.
 mp4::MovieSpec enhanced_movie() {

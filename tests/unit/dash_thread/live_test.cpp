@@ -170,7 +170,64 @@ TEST_F(Live, ManifestThatCannotBeParsedOnReloadFails) {
     EXPECT_EQ(result_, 0);
     EXPECT_TRUE(has_failed(status_));
     EXPECT_EQ(ids().back(), 4026);
-    ASSERT_EQ(take_timing().size(), 1U);
+    const auto timing = take_timing();
+    ASSERT_EQ(timing.size(), 1U);
+    EXPECT_DOUBLE_EQ(timing[0].duration, -1.0);
+    EXPECT_EQ(timing[0].end, 1U);
+}
+
+TEST_F(Live, StartOfAPeriodInMillisecondsIsAddedToTheSecondsOfTheClock) {
+    add_segments(7);
+    // 6 and 4 make 10, the start of the sixth segment.
+    play_address(
+        manifest(kLive + R"(publishTime="2026-01-01T00:00:06Z")", R"(start="PT0.004S")", kNumbers));
+    EXPECT_EQ(output(), samples(6, 7));
+}
+
+TEST_F(Live, ClockOfTheManifestGoesAheadOfItsPublishTime) {
+    add_segments(5);
+    const auto with_clock = [](const std::string& scheme) {
+        return "<MPD " + kLive + R"(publishTime="2026-01-01T00:00:00Z"><UTCTiming schemeIdUri=")" +
+               scheme + R"(" value="2026-01-01T00:00:06Z"/><Period><AdaptationSet>)" +
+               R"(<Representation id="r" bandwidth="1">)" + kNumbers +
+               "</Representation></AdaptationSet></Period></MPD>";
+    };
+    play_address(with_clock("urn:mpeg:dash:utc:direct:2014"));
+    EXPECT_EQ(output(), samples(4, 5));
+    EXPECT_NE(texts(1026)[0].find("starts at : 2026-01-01T00:00:06Z."), std::string::npos);
+    // It stands still whatever the count of reloads.
+    play_address(with_clock("urn:mpeg:dash:utc:direct:2014"));
+    EXPECT_EQ(output(), samples(4, 5) + samples(4, 5));
+    reload_count_ = 0;
+    live_remaining_ = 10;
+    play_address(with_clock("urn:mpeg:dash:utc:http-iso:2014"));
+    EXPECT_EQ(output(), samples(4, 5) + samples(4, 5) + samples(1, 2));
+    EXPECT_EQ(sink_.count(2010), 0U);
+}
+
+TEST_F(Live, ListsAreNotLoadedAnew) {
+    add_segments(2);
+    const std::string list =
+        R"(<SegmentList><Initialization sourceURL="init.mp4"/><SegmentURL media="s1.mp4"/>)"
+        R"(<SegmentURL media="s2.mp4"/></SegmentList>)";
+    EXPECT_EQ(play_to_the_end(manifest(kLive, R"(duration="PT60S")", list)), 1);
+    EXPECT_EQ(output(), samples(1, 2));
+    EXPECT_EQ(sink_.count(1023), 0U);
+}
+
+TEST_F(Live, RepresentationThatIsGoneFromTheNextReadingFails) {
+    add_segments(9);
+    play_address(live("00"));
+    (void)take_timing();
+    representation_ = "gone";
+    play_address(live("00"));
+    EXPECT_EQ(result_, 0);
+    EXPECT_TRUE(has_failed(status_));
+    EXPECT_EQ(ids().back(), 3006);
+    const auto timing = take_timing();
+    ASSERT_EQ(timing.size(), 1U);
+    EXPECT_DOUBLE_EQ(timing[0].duration, -1.0);
+    EXPECT_EQ(timing[0].end, 1U);
 }
 
 TEST_F(Live, UpdatePeriodsCountTowardsTheDurationOfThePeriod) {

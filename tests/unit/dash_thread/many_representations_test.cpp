@@ -33,7 +33,7 @@ protected:
 
     // A segment whose sample lasts other than the 2 s of the builder's.
     static std::string lasting(int number, std::uint32_t milliseconds) {
-        std::string bytes = segment(number);
+        std::string bytes = mp4_segment(number);
         const std::string told("\0\0\x07\xD0", 4);
         std::string wanted(4, '\0');
         for (int i = 3; i >= 0; --i, milliseconds >>= 8) {

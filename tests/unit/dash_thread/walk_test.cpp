@@ -195,6 +195,20 @@ TEST_F(Walk, RangeThatEndsBeforeItBeginsIsToldAndHarmless) {
             list(std::string(R"(<SegmentURL media="s1.mp4" mediaRange=")") + range + R"("/>)")));
         EXPECT_EQ(result_, 0) << range;
     }
+    EXPECT_EQ(sink_.count(4065), 1U) << "only the last byte ahead of the first one can't be read";
+}
+
+TEST_F(Walk, RangeOfAnIndexThatIsNoneIsToldAndHarmless) {
+    add_indexed_file();
+    for (const char* range : {"9-3", "-", "", "99999999999999999999-", "900000-900100", "x-y",
+                              "9223372036854775807-9223372036854775809"}) {
+        sink_.clear();
+        status_ = Status::kOk;
+        play(manifest("", R"(duration="PT60S")", indexed(range)));
+        EXPECT_EQ(result_, 0) << range;
+        EXPECT_TRUE(has_failed(status_)) << range;
+        EXPECT_EQ(output(), "") << range;
+    }
 }
 
 TEST_F(Walk, IndexedFileIsWalkedByItsIndex) {
@@ -208,6 +222,15 @@ TEST_F(Walk, IndexedFileIsWalkedByItsIndex) {
     ASSERT_EQ(timing.size(), 4U);
     EXPECT_EQ(timing[2].end, 1U);
     EXPECT_DOUBLE_EQ(timing[3].duration, -1.0);
+}
+
+TEST_F(Walk, IndexedFileThatInitializesItselfIsWrittenOnce) {
+    add_indexed_file();
+    const std::string range = std::to_string(first_) + "-" + std::to_string(last_);
+    play(manifest("", R"(duration="PT2S")",
+                  R"(<BaseURL>init.mp4</BaseURL><SegmentBase indexRange=")" + range + R"("/>)"));
+    EXPECT_EQ(ids(), Ids{});
+    EXPECT_EQ(output(), samples(0, 2));
 }
 
 TEST_F(Walk, RangeWithoutAnIndexIsReported) {
@@ -236,7 +259,7 @@ TEST_F(Walk, AddressThatRepeatsForEverIsPlayedTwiceAtMost) {
 
 TEST_F(Walk, AddressThatRepeatsWithADurationIsPlayedTwiceAtMost) {
     add("init.mp4", init_segment());
-    add("s.mp4", segment(0));
+    add("s.mp4", mp4_segment(0));
     const std::string constant =
         R"(<SegmentTemplate initialization="init.mp4" media="s.mp4" duration="2"/>)";
     play(manifest("", "", constant));
@@ -249,8 +272,8 @@ TEST_F(Walk, AddressThatRepeatsWithADurationIsPlayedTwiceAtMost) {
 
 TEST_F(Walk, TimelineOfOutsizedRepeatsIsNotPlayedForEver) {
     add("init.mp4", init_segment());
-    add("s.mp4", segment(0));
-    add("t0.mp4", segment(1));
+    add("s.mp4", mp4_segment(0));
+    add("t0.mp4", mp4_segment(1));
     for (const char* media : {"s.mp4", "t$Time$.mp4"}) {
         play(manifest("", "",
                       std::string(R"(<SegmentTemplate initialization="init.mp4" media=")") + media +
@@ -262,7 +285,7 @@ TEST_F(Walk, TimelineOfOutsizedRepeatsIsNotPlayedForEver) {
 
 TEST_F(Walk, TimelineOfOneAddressIsPlayedAsOftenAsItSays) {
     add("init.mp4", init_segment());
-    add("s.mp4", segment(0));
+    add("s.mp4", mp4_segment(0));
     play(manifest("", "", R"(<SegmentTemplate initialization="init.mp4" media="s.mp4">
         <SegmentTimeline><S d="2" r="2"/></SegmentTimeline></SegmentTemplate>)"));
     EXPECT_EQ(output(), sample_text(0) + sample_text(0) + sample_text(0));
@@ -271,8 +294,8 @@ TEST_F(Walk, TimelineOfOneAddressIsPlayedAsOftenAsItSays) {
 TEST_F(Walk, StartBeyond64BitsEnds) {
     add("init.mp4", init_segment());
     // Number 1 and the last index make 0.
-    add("s0.mp4", segment(0));
-    add("s" + std::to_string(~std::uint64_t{0}) + ".mp4", segment(1));
+    add("s0.mp4", mp4_segment(0));
+    add("s" + std::to_string(~std::uint64_t{0}) + ".mp4", mp4_segment(1));
     for (const char* period : {R"(start="PT99999999999999999999999S")",
                                R"(start="PT99999999999999999999999S" duration="PT4S")"}) {
         play(manifest("", period,

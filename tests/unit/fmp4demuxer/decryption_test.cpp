@@ -2,7 +2,9 @@
 
 #include <numeric>
 
+#include "src/fmp4demuxer/sample_decryption.h"
 #include "tests/support/encrypted_track.h"
+#include "tests/support/recording_sink.h"
 #include "tests/unit/fmp4demuxer/demux_run.h"
 
 namespace mediasplit {
@@ -569,6 +571,42 @@ TEST(DecryptionBadInput, ConstantIvOver16BytesIsCut) {
     cbc(data, 0, 32, chain);
     add(track, data);
     EXPECT_EQ(decrypted(track), plain);
+}
+
+// --- What is told of a key that is probably wrong ------------------------------------------------
+
+std::vector<std::string> remarks_on(const Bytes& sample, std::uint8_t length_size_minus_one) {
+    const RecordingSink sink;
+    Mp4Stream stream;
+    stream.track_id = 7;
+    stream.avc_config = std::make_unique<AvcConfig>();
+    stream.avc_config->length_size_minus_one = length_size_minus_one;
+    remark_on_decrypted(stream, sample);
+    return sink.notes();
+}
+
+TEST(DecryptedSamples, OfWholeUnitsAreNotRemarkedOn) {
+    EXPECT_TRUE(remarks_on({0, 0, 0, 2, 0x65, 1, 0, 0, 0, 1, 0x41}, 3).empty());
+    EXPECT_TRUE(remarks_on({0, 1, 0x65, 0, 0}, 1).empty());
+    EXPECT_TRUE(remarks_on({}, 3).empty());
+}
+
+TEST(DecryptedSamples, WhoseLengthsDoNotAddUpAreRemarkedOn) {
+    const std::vector<std::string> expected = {
+        "The NAL unit lengths of decrypted samples of track 7 don't add up to the samples' size: "
+        "the key is probably wrong."};
+    EXPECT_EQ(remarks_on({0, 0, 0, 3, 0x65, 1}, 3), expected);
+    EXPECT_EQ(remarks_on({0xFF, 0xFF, 0xFF, 0xFF, 0x65}, 3), expected);
+    EXPECT_EQ(remarks_on({0, 0, 0, 1, 0x65, 0}, 3), expected);
+    EXPECT_EQ(remarks_on({2, 0x65}, 0), expected);
+}
+
+TEST(DecryptedSamples, OfOtherKindsAreNotRemarkedOn) {
+    const RecordingSink sink;
+    const Mp4Stream stream;
+    const Bytes sample = {0xFF, 0xFF};
+    remark_on_decrypted(stream, sample);
+    EXPECT_TRUE(sink.notes().empty());
 }
 
 }  // namespace
