@@ -1,5 +1,5 @@
 # Front door. `make demo` and `make test` do everything on a bare Debian or Ubuntu machine.
-.PHONY: all demo test build deps test-deps fuzz coverage bench lint format clean
+.PHONY: all demo test build deps test-deps fuzz coverage bench lint format clean package check-package docs
 
 JOBS := $(shell nproc)
 FUZZ_SECONDS ?= 60
@@ -12,16 +12,31 @@ deps:
 test-deps:
 	@scripts/install_packages.sh test
 
-# The program alone, optimised.
+# The programs alone, optimised.
 build: deps
 	@cmake --preset release -DMEDIASPLIT_TESTS=OFF >/dev/null
-	@cmake --build --preset release -j $(JOBS) --target mediasplit
+	@cmake --build --preset release -j $(JOBS) --target mediasplit mediasplit-report
 
 demo: build
 	@scripts/demo.sh
 
 test: test-deps
 	@scripts/run_tests.sh
+
+# The Debian package, in build/package.
+package:
+	@scripts/install_packages.sh package
+	@scripts/package.sh
+
+# Builds the package twice, compares the bytes, and runs the demo with it in a bare system.
+check-package:
+	@scripts/install_packages.sh package
+	@scripts/check_package.sh
+
+# The pages of docs/ that are made from the sources.
+docs: deps
+	@cmake --preset release -DMEDIASPLIT_TESTS=OFF >/dev/null
+	@cmake --build --preset release -j $(JOBS) --target docs
 
 # Every harness for FUZZ_SECONDS each.
 fuzz: test-deps

@@ -1,9 +1,14 @@
 #!/usr/bin/env bash
-# All benchmarks: kernels by Google Benchmark, then whole runs beside their peers.
+# All benchmarks: kernels by Google Benchmark and beside the bare cipher, then whole runs beside their peers. Writes
+# docs/performance.md. Arguments go to whole_program.py.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+kernels=$(mktemp)
+trap 'rm -f "$kernels"' EXIT
 for kernel in build/bench/bench/*_bench; do
-    "$kernel" --benchmark_min_time=0.5
+    "$kernel" --benchmark_min_time=0.5 2>/dev/null | tee -a "$kernels"
 done
-build/bench/bench/decryption_ratio
-python3 bench/whole_program.py --program build/bench/src/main/mediasplit "$@"
+build/bench/bench/decryption_ratio | tee -a "$kernels"
+python3 bench/plain_video_ratio.py | tee -a "$kernels"
+python3 bench/whole_program.py --program build/bench/src/main/mediasplit --table docs/performance.md \
+    --kernels "$kernels" "$@"

@@ -89,6 +89,9 @@ class Bench:
                 file.write("- %s, %s: `%s`\n" % (row.title, row.name, words.replace(self.options.program, "mediasplit")))
             for note in self.notes:
                 file.write("\n" + note + "\n")
+            if self.options.kernels:
+                with open(self.options.kernels) as kernels:
+                    file.write("\nKernels, and decryption beside the bare cipher:\n\n```\n%s```\n" % kernels.read())
 
     def make(self, name, build):
         path = self.path(name)
@@ -152,6 +155,17 @@ class Bench:
         streams = ["-map", "0:v", "-c", "copy", "OUT/v.h264", "-map", "0:a", "-c", "copy", "OUT/a.aac"]
         self.against_copies("transport stream", self.looped("stream.ts"), streams)
 
+    def playlist(self):
+        """A master playlist of 10 renditions beside a copy of all its streams."""
+        folder = self.make("playlist", lambda path: write_playlist(path, self.clip()))
+        source = os.path.join(folder, "master.m3u8")
+        size = sum(entry.stat().st_size for entry in os.scandir(folder))
+        self.compare("HLS presentation of 10 renditions, %.0f MB" % (size / 1e6), {
+            "mediasplit": self.split(source),
+            "ffmpeg -c copy": ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", source, "-map", "0", "-c", "copy",
+                               self.path("out/all.mkv")],
+        })
+
     def encrypted(self):
         """Decryption beside the bare cipher, which decryption_ratio times on its own."""
         source = self.make("encrypted.mp4", lambda path: run(
@@ -187,6 +201,23 @@ class Bench:
                 if title.startswith("E") else ["cat", source],
             })
 
+    def packed(self):
+        """Packed audio comes in segments of a playlist; this one has a single long segment."""
+        def build(path):
+            tone = self.make("tone.aac", lambda part: run(
+                ["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "anoisesrc=d=60:r=48000:a=0.3", "-ac", "2", "-c:a", "aac",
+                 "-b:a", "320k", "-f", "adts", part]))
+            repeat(tone, path, GIGABYTE, time_tag())
+
+        segment = self.make("segment.aac", build)
+        with open(self.path("packed.m3u8"), "w") as out:
+            out.write("#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\nsegment.aac\n#EXT-X-ENDLIST\n")
+        self.compare("packed AAC, %.0f MB" % (os.path.getsize(segment) / 1e6), {
+            "mediasplit": self.split(self.path("packed.m3u8")),
+            "cp": ["cp", segment, self.path("out/copy")],
+            "ffmpeg -c copy": ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", segment, "-c", "copy", self.path("out/a.aac")],
+        })
+
     def dash(self):
         """A presentation of 10 Representations beside a copy of all its streams, and many readings of one manifest."""
         folder = self.make("dash", lambda path: write_presentation(path, self.clip()))
@@ -206,9 +237,10 @@ class Bench:
                                write_large_manifest(path, count, size))
             figures = [measure(self.split(os.path.join(folder, "stream.mpd")), [self.path("out/")])
                        for _ in range(self.options.runs)]
-            print("\n%d Representations of a manifest of %d MB: %.3f s, peak %.1f MiB" %
-                  (representations, megabytes, statistics.median(wall for wall, _ in figures),
-                   max(peak for _, peak in figures) / 1024))
+            self.notes.append("%d Representations of a manifest of %d MB: %.3f s, peak %.1f MiB." %
+                              (representations, megabytes, statistics.median(wall for wall, _, _ in figures),
+                               max(peak for _, _, peak in figures) / 1024))
+            print("\n" + self.notes[-1])
 
     def many_samples(self):
         """Ten times the samples; the ratio of the times tells how the walk grows."""
@@ -233,6 +265,26 @@ def write_presentation(folder, clip):
     maps = ["-map", "0:v"] * 9 + ["-map", "0:a"]
     subprocess.run(["ffmpeg", "-v", "error", "-y", "-i", clip, *maps, "-c", "copy", "-f", "dash", "-seg_duration", "2",
                     "-adaptation_sets", "id=0,streams=v id=1,streams=a", "stream.mpd"], check=True, cwd=folder)
+
+
+def write_playlist(folder, clip):
+    """Eight video and two audio renditions in fragments of 2 s, 1 GB in all."""
+    os.makedirs(folder, exist_ok=True)
+    maps = ["-map", "0:v"] * 8 + ["-map", "0:a"] * 2
+    names = ["v:%d" % i for i in range(8)] + ["a:0", "a:1"]
+    subprocess.run(["ffmpeg", "-v", "error", "-y", "-stream_loop", str(GIGABYTE // (8 * os.path.getsize(clip))), "-i", clip,
+                    *maps, "-c", "copy", "-f", "hls", "-hls_segment_type", "fmp4", "-hls_time", "2", "-hls_playlist_type",
+                    "vod", "-hls_fmp4_init_filename", "init_%v.mp4", "-hls_segment_filename", "s%v_%d.m4s", "-var_stream_map",
+                    " ".join(names), "list%v.m3u8"], check=True, cwd=folder)
+    # The muxer leaves the codecs of copied video out of its own.
+    with open(os.path.join(folder, "master.m3u8"), "w") as master:
+        master.write("#EXTM3U\n")
+        for i, language in ((8, "en"), (9, "de")):
+            master.write('#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="a",NAME="%s",LANGUAGE="%s",URI="list%d.m3u8"\n' %
+                         (language, language, i))
+        for i in range(8):
+            master.write('#EXT-X-STREAM-INF:BANDWIDTH=%d,FRAME-RATE=25,CODECS="avc1.640028,mp4a.40.2",AUDIO="a"\nlist%d.m3u8\n'
+                         % (60_000_000 + i, i))
 
 
 def write_large_manifest(folder, representations, megabytes):
@@ -310,11 +362,19 @@ def write_small_samples(path, kind, count):
 
 # ---- elementary streams -----------------------------------------------------------------------------
 
-def repeat(source, path, size):
-    """Whole copies of `source`, one behind the other, until `size` bytes are reached."""
+def time_tag():
+    """The ID3 tag that tells a segment's time."""
+    private = b"com.apple.streaming.transportStreamTimestamp\0" + bytes(8)
+    frame = b"PRIV" + len(private).to_bytes(4, "big") + bytes(2) + private
+    return b"ID3\4\0\0" + len(frame).to_bytes(4, "big") + frame
+
+
+def repeat(source, path, size, head=b""):
+    """`head`, then whole copies of `source`, one behind the other, until `size` bytes are reached."""
     with open(source, "rb") as file:
         content = file.read()
     with open(path, "wb") as out:
+        out.write(head)
         for _ in range(max(size // len(content), 1)):
             out.write(content)
 
@@ -330,7 +390,7 @@ def write_ac4(path):
             out.write((b"\xac\x40" + len(frame).to_bytes(2, "big") + frame) * 1000)
 
 
-JOBS = ["mp4", "ts", "dash", "encrypted", "elementary", "many_samples"]
+JOBS = ["mp4", "ts", "playlist", "dash", "encrypted", "elementary", "packed", "many_samples"]
 
 
 def main():
@@ -339,6 +399,7 @@ def main():
     parser.add_argument("--scratch", default="/tmp/mediasplit_bench")
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--table", help="the file that the table is written to")
+    parser.add_argument("--kernels", help="output of the kernels' benchmarks, which goes into the table's file, too")
     parser.add_argument("jobs", nargs="*", help="some of: %s; default: all" % ", ".join(JOBS))
     options = parser.parse_args()
     options.program = os.path.abspath(options.program)

@@ -33,6 +33,12 @@ target_compile_options(mediasplit_test_options INTERFACE -O1
 
 function(mediasplit_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
+  # Folders are added lowest floor first: what isn't there yet lies on a higher one.
+  foreach(dependency ${ARG_DEPENDS})
+    if(NOT TARGET ${dependency} AND NOT IS_ABSOLUTE ${dependency})  # a file is a library of the system
+      message(FATAL_ERROR "${name} depends on ${dependency}, which isn't on a lower floor")
+    endif()
+  endforeach()
   add_library(${name} STATIC ${ARG_SOURCES})
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE mediasplit_options PUBLIC ${ARG_DEPENDS})

@@ -1,19 +1,24 @@
 #!/usr/bin/env bash
 # Installs the Debian/Ubuntu packages that mediasplit is built and tested with.
 #   install_packages.sh build   what the program itself needs
-#   install_packages.sh test    that, and what the tests, fuzzers and benchmarks need
+#   install_packages.sh package what the Debian package is built and tried with
+#   install_packages.sh test    that of `build`, and what the tests, fuzzers and benchmarks need
 # Safe to run again: packages that are there are left alone. Works as root or through sudo.
 set -euo pipefail
 
-build_packages=(g++ cmake ninja-build make libcurl4-openssl-dev libmbedtls-dev)
-test_packages=(libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev clang clang-tidy clang-format
-               llvm ffmpeg mediainfo nginx-light openssl iso-codes python3)
+build_packages=(g++ cmake ninja-build make libcurl4-openssl-dev libmbedtls-dev
+                nlohmann-json3-dev)
+package_packages=(dpkg-dev file git mmdebstrap)
+test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang clang-tidy clang-format
+               llvm ffmpeg mediainfo nginx-light openssl iso-codes python3 python3-jsonschema python3-yaml
+               dpkg-dev file jq mandoc parallel shellcheck yamllint zsh)
 
 wanted=("${build_packages[@]}")
 case "${1:-build}" in
     build) ;;
+    package) wanted+=("${package_packages[@]}") ;;
     test) wanted+=("${test_packages[@]}") ;;
-    *) echo "usage: $0 [build|test]" >&2; exit 2 ;;
+    *) echo "usage: $0 [build|package|test]" >&2; exit 2 ;;
 esac
 
 is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }

@@ -22,6 +22,7 @@ inline constexpr std::size_t kLongestDescriptorPath = 512;
 struct DashDescriptorText {
     std::optional<std::string> scheme_id_uri{};
     std::optional<std::string> value{};
+    bool present = false;  // the element is there, whatever it says
 };
 
 struct DashRepresentationInfo {

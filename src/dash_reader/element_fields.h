@@ -19,7 +19,7 @@ inline std::optional<std::string> owned_attribute(const Ezxml* node, std::string
 }
 
 inline DashDescriptorText read_descriptor(const Ezxml* node) {
-    return {owned_attribute(node, "schemeIdUri"), owned_attribute(node, "value")};
+    return {owned_attribute(node, "schemeIdUri"), owned_attribute(node, "value"), node != nullptr};
 }
 
 template <typename Record>

@@ -137,6 +137,8 @@ Status get_adaptation_set_info(Ezxml* node, std::int32_t period_index, std::int3
     }
     read_descriptors(node, kSetDescriptors, adaptation_set);
     const LogContext context{0, adaptation_set.ui_id, "schemeIdUri"};
+    note_evaluated(2005);
+    note_evaluated(2007);
     read_property_schemes(node, true, adaptation_set, [&](std::string_view scheme, bool is_vendor) {
         // Warnings: they return nothing.
         if (is_vendor) {
@@ -172,6 +174,8 @@ Status get_representation_info(Ezxml* node, const RepresentationPlace& place,
     }
     read_descriptors(node, kRepresentationDescriptors, representation);
     const LogContext context{0, representation.ui_id, "schemeIdUri"};
+    note_evaluated(2006);
+    note_evaluated(2008);
     read_property_schemes(
         node, false, representation, [&](std::string_view scheme, bool is_vendor) {
             if (is_vendor) {

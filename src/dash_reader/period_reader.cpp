@@ -97,6 +97,9 @@ void read_utc_timing(const Ezxml* root, bool warns, DashInfo& info, Loglist* log
     }
     info.utc_timing_value = direct_utc_time(timing);
     const auto scheme = owned_attribute(timing, "schemeIdUri");
+    if (warns) {
+        note_evaluated(2010);
+    }
     if (warns && scheme != kUtcDirectScheme) {
         (void)Logging_err_type_check(loglist, 2010, LogContext{0, info.ui_id, "schemeIdUri"},
                                      scheme);

@@ -57,6 +57,7 @@ void read_property_schemes(const Ezxml* node, bool colour_may_be_supplemental, R
                 duplicated(row.scheme, row.is_vendor);
                 continue;
             }
+            held.present = true;
             held.scheme_id_uri = scheme;
             const char* const value = ezxml_attr(property, "value");
             held.value = value == nullptr ? std::nullopt : std::optional<std::string>(value);

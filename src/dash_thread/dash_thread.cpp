@@ -17,12 +17,12 @@
 #include "src/dash_reader/dash_reader.h"
 #include "src/dash_reader/inherited.h"
 #include "src/dash_thread/media_segment.h"
-#include "src/dash_thread/player_clock.h"
 #include "src/dash_thread/walk.h"
 #include "src/file_util/path_names.h"
 #include "src/fmp4demuxer/dash_context.h"
 #include "src/fmp4demuxer/fmp4demux.h"
 #include "src/log/logging.h"
+#include "src/util/player_clock.h"
 #include "src/util/text.h"
 
 namespace mediasplit {

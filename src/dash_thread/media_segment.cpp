@@ -186,6 +186,7 @@ bool play_cur_segment(DashPlayer& player, InputFile& file, const std::optional<s
     const bool continues =
         slot.kind != kSlotUnset && demux(player, file, slot, demuxer, durations, status, loglist);
     status |= close_whole_input(file, loglist);
+    note_segment();
     return continues;
 }
 

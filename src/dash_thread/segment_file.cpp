@@ -4,12 +4,12 @@
 #include <utility>
 
 #include "src/commonfileio/file_descriptor.h"
-#include "src/dash_thread/player_clock.h"
 #include "src/dash_thread/source_name.h"
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"
 #include "src/util/address.h"
 #include "src/util/fetcher.h"
+#include "src/util/player_clock.h"
 
 namespace mediasplit {
 namespace {

@@ -6,10 +6,10 @@
 #include <string>
 
 #include "src/dash_thread/media_segment.h"
-#include "src/dash_thread/player_clock.h"
 #include "src/dash_thread/segment_file.h"
 #include "src/dash_thread/start_time.h"
 #include "src/log/logging.h"
+#include "src/util/player_clock.h"
 #include "src/util/segments.h"
 
 namespace mediasplit {

@@ -115,6 +115,7 @@ std::unique_ptr<OutputFile> fileOpen_lstr(OptText path, OptText mode) {
         (void)Logging_err_type_check(nullptr, 4082, LogContext{}, *path);
         return nullptr;
     }
+    note_output(*path);
     return std::make_unique<OutputFile>(descriptor);
 }
 

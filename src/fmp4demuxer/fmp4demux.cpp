@@ -120,8 +120,13 @@ Status get_input_manifest_info(const Mp4Demuxer* demuxer, const DashInfo** mpd,
         hand_out(context->period, period);
         hand_out(context->adaptation_set, adaptation_set);
         hand_out(context->representation, representation);
-    } else if (demuxer->input_mode != kInputFile && manifest_context != nullptr) {
-        *manifest_context = demuxer->manifest_context;
+    } else if (demuxer->input_mode != kInputFile) {
+        if (demuxer->manifest_context == nullptr) {
+            return Logging_err_type_check(loglist, 3006, {}, kDriverSourceName, 145);
+        }
+        if (manifest_context != nullptr) {
+            *manifest_context = demuxer->manifest_context;
+        }
     }
     return Status::kOk;
 }

@@ -130,7 +130,48 @@ void decrypt_subsamples(DecryptContext& context, const Mp4Stream& stream, const 
     }
 }
 
+// Bytes of a unit's length in the track's samples; none if they aren't made of such units.
+std::optional<unsigned> unit_length_size(const Mp4Stream& stream) {
+    if (stream.avc_config != nullptr) {
+        return stream.avc_config->length_size_minus_one + 1U;
+    }
+    if (stream.hevc_config != nullptr) {
+        return stream.hevc_config->length_size_minus_one + 1U;
+    }
+    return std::nullopt;
+}
+
+bool unit_lengths_add_up(std::span<const std::uint8_t> sample, unsigned length_size) {
+    while (!sample.empty()) {
+        if (sample.size() < length_size) {
+            return false;
+        }
+        std::uint64_t length = 0;
+        for (const std::uint8_t byte : sample.first(length_size)) {
+            length = length << 8U | byte;
+        }
+        sample = sample.subspan(length_size);
+        if (length > sample.size()) {
+            return false;
+        }
+        sample = sample.subspan(length);
+    }
+    return true;
+}
+
 }  // namespace
+
+void remark_on_decrypted(const Mp4Stream& stream, std::span<const std::uint8_t> sample) {
+    if (findings_sink() == nullptr || sample.empty()) {
+        return;
+    }
+    const std::optional<unsigned> length_size = unit_length_size(stream);
+    if (length_size && !unit_lengths_add_up(sample, *length_size)) {
+        note_remark("The NAL unit lengths of decrypted samples of track " +
+                    std::to_string(stream.track_id) +
+                    " don't add up to the samples' size: the key is probably wrong.");
+    }
+}
 
 KeySetup set_up_decryption(Mp4Demuxer& demuxer) {
     KeySetup setup;

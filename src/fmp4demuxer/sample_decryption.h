@@ -28,4 +28,8 @@ struct KeySetup {
 void decrypt_sample(Mp4Demuxer& demuxer, const Mp4Stream& stream, const SencEntry* entry,
                     std::span<std::uint8_t> sample);
 
+// Notes for the report of the run if a decrypted sample of NAL units (ISO/IEC 14496-15 4.3.3) isn't
+// made of whole ones, which is what a wrong key leads to. Costs nothing without a findings sink.
+void remark_on_decrypted(const Mp4Stream& stream, std::span<const std::uint8_t> sample);
+
 }  // namespace mediasplit

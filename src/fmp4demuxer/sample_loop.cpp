@@ -137,6 +137,7 @@ private:
         const std::span<std::uint8_t> bytes = read_into_buffer(size);
         if (encrypted) {
             decrypt_sample(demuxer_, stream, sample.senc, bytes);
+            remark_on_decrypted(stream, bytes);
         }
         return bytes;
     }

@@ -132,6 +132,7 @@ std::string_view extension_of(OptText uri) {
 }  // namespace
 
 bool demux_segment(StreamState& state, const SegmentSlot& slot, int type, bool skip) {
+    note_evaluated(2015);
     switch (type) {
         case kFileTypeMp4:
             return handle_mp4(state, slot, skip);

@@ -5,11 +5,11 @@
 #include <cstdlib>
 #include <utility>
 
-#include "base/osal.h"
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"
 #include "src/util/address.h"
 #include "src/util/fetcher.h"
+#include "src/util/player_clock.h"
 #include "src/util/segments.h"
 
 namespace mediasplit {
@@ -41,7 +41,7 @@ bool fetch_with_retries(const SegmentSlot& slot, const std::string& path, Loglis
         }
         // A warning; it has no result.
         (void)Logging_err_type_check(loglist, 2052, {}, *slot.uri, number);
-        osal_thread_sleep(retry_pause(slot) * 1000);
+        player_clock().sleep(retry_pause(slot));
     }
     return false;
 }

@@ -9,7 +9,6 @@
 #include <limits>
 #include <utility>
 
-#include "base/osal.h"
 #include "src/fmp4demuxer/fmp4demux.h"
 #include "src/fmp4demuxer/segment_index.h"
 #include "src/hls/channels.h"
@@ -19,6 +18,7 @@
 #include "src/hls/stream_state.h"
 #include "src/log/logging.h"
 #include "src/util/address.h"
+#include "src/util/player_clock.h"
 #include "src/util/segments.h"
 #include "src/util/text.h"
 
@@ -45,7 +45,7 @@ bool has_address(const PlaylistRecord& playlist) {
 // The negative result of threadUnit behind the last slot of a playlist that grows.
 std::int64_t wait_value(const PlaylistRecord& playlist) {
     const double elapsed =
-        kMillisecondsPerSecond * std::difftime(std::time(nullptr), playlist.load_time);
+        kMillisecondsPerSecond * std::difftime(player_clock().now(), playlist.load_time);
     constexpr double kMost = 1e15;
     const auto ahead = static_cast<std::int64_t>(std::min(playlist.total_ms - elapsed, kMost));
     std::int64_t target = 0;
@@ -92,7 +92,7 @@ void wait_for_more(StreamState& state, std::int64_t next) {
     const std::int64_t wait = kShortestWait - next;
     state.add(Logging_err_type_check(state.loglist, 1024, {}, state.playlist.url,
                                      static_cast<std::int32_t>(wait)));
-    osal_thread_sleep(static_cast<std::uint32_t>(wait / kShortestWait * kShortestWait));
+    player_clock().sleep(static_cast<std::uint32_t>(wait / kShortestWait));
     bool is_spent = false;
     if (state.live_remaining != nullptr) {
         *state.live_remaining -=
@@ -162,7 +162,9 @@ std::int64_t threadUnit(StreamState& state, std::size_t index, LocalSegment segm
         }
     }
     adopt_segment(state, slot, std::move(segment));
-    return demux_segment(state, slot, type, skip) ? next_index(state, index) : kEndOfStream;
+    const bool goes_on = demux_segment(state, slot, type, skip);
+    note_segment();
+    return goes_on ? next_index(state, index) : kEndOfStream;
 }
 
 std::int64_t threadRecursion(StreamState& state, std::size_t index) {
@@ -203,7 +205,7 @@ int thread(std::FILE* file, OptText url, OptText name, OptText output_dir, Manif
         send_end_record(sync_list);
         return kDone;
     }
-    playlist.load_time = std::time(nullptr);
+    playlist.load_time = player_clock().now();
     if (playlist.has_discontinuity != 0) {
         status |= parse_channels_info(context, loglist);
     }

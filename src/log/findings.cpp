@@ -31,4 +31,28 @@ std::string_view current_stream_label() {
     return g_stream_label;
 }
 
+void announce_stream(std::string_view stream) {
+    if (FindingsSink* sink = findings_sink(); sink != nullptr) {
+        sink->stream_announced(stream);
+    }
+}
+
+void note_output(std::string_view path) {
+    if (FindingsSink* sink = findings_sink(); sink != nullptr) {
+        sink->output_opened(current_stream_label(), path);
+    }
+}
+
+void note_segment() {
+    if (FindingsSink* sink = findings_sink(); sink != nullptr) {
+        sink->segment_done(current_stream_label());
+    }
+}
+
+void note_remark(std::string_view text) {
+    if (FindingsSink* sink = findings_sink(); sink != nullptr) {
+        sink->note(current_stream_label(), text);
+    }
+}
+
 }  // namespace mediasplit

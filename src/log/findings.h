@@ -16,9 +16,11 @@ struct LogContext {
 
 /// What became of a report's line.
 enum class Outcome : std::uint8_t {
-    kPrinted,    ///< written to standard output or standard error
-    kCollected,  ///< stored in the Loglist
-    kDropped,    ///< stopped by the checkpoint gate, no Loglist there, or stored already
+    kPrinted,      ///< written to standard output or standard error
+    kCollected,    ///< stored in the Loglist
+    kRepeated,     ///< stored in the Loglist before, once is enough
+    kUncollected,  ///< there was no Loglist to store it in, or no memory
+    kGated,        ///< stopped by the checkpoint gate: its rule isn't active
 };
 
 /// One report as a sink sees it. Its texts live as long as the call.
@@ -30,8 +32,10 @@ struct Report {
     Outcome outcome = Outcome::kPrinted;
 };
 
-/// Receives all reports of the process. Calls come from all worker threads, at the same time: an
-/// implementation does its own locking. A sink can't change what a run does.
+/// Receives all reports of the process, and what else there is to know of a run. Calls come from
+/// all worker threads, at the same time: an implementation does its own locking. A sink can't
+/// change what a run does. Texts live as long as the call; `stream` is the label of the stream that
+/// the calling thread serves, "" for the main one.
 class FindingsSink {
 public:
     FindingsSink() = default;
@@ -43,6 +47,15 @@ public:
     virtual void report(const Report& report) = 0;
     /// The condition of the rule with this number was tested, whatever came out.
     virtual void evaluated(int id) = 0;
+    /// A stream of a manifest will be followed. Told in the order of the manifest, ahead of
+    /// everything that its worker tells.
+    virtual void stream_announced(std::string_view /*stream*/) {}
+    /// A file is open for the stream's data, for the first time or again.
+    virtual void output_opened(std::string_view /*stream*/, std::string_view /*path*/) {}
+    /// A segment, or a file of a series, was worked through.
+    virtual void segment_done(std::string_view /*stream*/) {}
+    /// Something worth knowing that no message of the catalogue tells.
+    virtual void note(std::string_view /*stream*/, std::string_view /*text*/) {}
 };
 
 /// Installs the sink of the process, or none with nullptr. The caller keeps the sink alive until
@@ -67,5 +80,11 @@ private:
 
 /// Label of the stream that the calling thread serves, "" for the main one.
 std::string_view current_stream_label();
+
+// These tell the sink, if there is one; without one they do nothing.
+void announce_stream(std::string_view stream);
+void note_output(std::string_view path);
+void note_segment();
+void note_remark(std::string_view text);
 
 }  // namespace mediasplit

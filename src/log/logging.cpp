@@ -23,12 +23,14 @@ void tell_sink(int id, const LogContext& context, std::string_view text, Outcome
 
 Outcome collect(Loglist* loglist, const std::string& line) {
     if (loglist == nullptr) {
-        return Outcome::kDropped;
+        return Outcome::kUncollected;
     }
     const std::int32_t before = loglist->message_count;
     // A line that can't be stored is lost and nothing else.
-    static_cast<void>(print_message(loglist, line.c_str()));
-    return loglist->message_count > before ? Outcome::kCollected : Outcome::kDropped;
+    if (print_message(loglist, line.c_str()) != Status::kOk) {
+        return Outcome::kUncollected;
+    }
+    return loglist->message_count > before ? Outcome::kCollected : Outcome::kRepeated;
 }
 
 char lower(char c) {
@@ -72,7 +74,7 @@ Status report_message(Loglist* loglist, int id, const LogContext& context,
         return result;
     }
     if (!checkpoint_should_check(loglist, row->checkpoint)) {
-        tell_sink(id, context, expanded->text(), Outcome::kDropped);
+        tell_sink(id, context, expanded->text(), Outcome::kGated);
         return Status::kOk;
     }
     const Outcome outcome = collect(loglist, expanded->line);

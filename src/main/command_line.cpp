@@ -9,6 +9,7 @@
 #include "src/log/logging.h"
 #include "src/main/checkpoints.h"
 #include "src/main/input_format.h"
+#include "src/main/option_table.h"
 #include "src/main/usage.h"
 #include "src/records/run_options.h"
 #include "src/util/text.h"
@@ -127,13 +128,13 @@ After take_live_duration(ParseState& state, const char* value) {
     return After::kGoOn;
 }
 
-struct OptionRow {
+struct HandledOption {
     std::string_view word{};
     bool takes_value = false;
     OptionHandler handle = nullptr;
 };
 
-constexpr OptionRow kOptions[] = {
+constexpr HandledOption kOptions[] = {
     {"-i", true, take_input},
     {"-o", true, take_output_dir},
     {"-s", true, take_start_index},
@@ -144,13 +145,17 @@ constexpr OptionRow kOptions[] = {
     {"-h", false, show_help},
     {"--live-duration", true, take_live_duration},
 };
+static_assert(std::size(kOptions) == std::size(kRunOptions));
+static_assert(std::all_of(std::begin(kOptions), std::end(kOptions), [](const HandledOption& row) {
+    return has_run_option(row.word, row.takes_value);
+}));
 
 // Reads all words behind the program's name.
 After read_words(int count, const char* const* arguments, ParseState& state) {
     for (int i = 1; i < count; ++i) {
         const std::string_view word = arguments[i];
         const auto* row = std::find_if(std::begin(kOptions), std::end(kOptions),
-                                       [word](const OptionRow& r) { return r.word == word; });
+                                       [word](const HandledOption& r) { return r.word == word; });
         if (row == std::end(kOptions)) {
             state.status |= Logging_err_type_check(nullptr, 4001, {}, word);
             return After::kReturnStatus;

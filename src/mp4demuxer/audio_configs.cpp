@@ -1,8 +1,8 @@
 // Configuration boxes of audio sample entries (ISO/IEC 14496-14 5.6, ETSI TS 102 366 F.6).
 #include <array>
-#include <bit>
 
 #include "src/ac4analyze_impl/ac4_dsi.h"
+#include "src/audio/channel_words.h"
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/handlers.h"
 #include "src/mp4demuxer/sample_entries.h"
@@ -16,14 +16,9 @@ constexpr std::uint8_t kEsDescriptor = 3;
 constexpr std::uint8_t kDecoderConfigDescriptor = 4;
 constexpr std::uint8_t kDecoderSpecificInfo = 5;
 
-// Channels of each audio coding mode as a channel mask. Deliberate: modes 4 and 5 have none.
-constexpr std::array<std::uint32_t, 8> kModeChannels = {0, 0x4000, 0xA000, 0xE000,
-                                                        0, 0,      0xB800, 0xF800};
-// Bits of `chan_loc` in the mask, bit 0 first.
+// Bits of `chan_loc` in the channel word, bit 0 first.
 constexpr std::array<std::uint32_t, 9> kLocationChannels = {
     1U << 10, 1U << 9, 1U << 8, 1U << 7, 1U << 6, 1U << 5, 1U << 4, 1U << 3, 1U << 1};
-// Bits of the mask that stand for a pair of channels.
-constexpr std::uint32_t kPairs = 0x674;
 
 std::uint32_t read_descriptor_length(PayloadReader& in) {
     std::uint32_t length = 0;
@@ -38,13 +33,13 @@ std::uint32_t read_descriptor_length(PayloadReader& in) {
 }
 
 std::uint32_t channels_of(const Ec3Substream& substream) {
-    std::uint32_t mask = kModeChannels[substream.acmod] | substream.lfeon;
+    std::uint32_t word = acmod_to_channel_config(substream.acmod) | substream.lfeon;
     for (std::size_t bit = 0; bit < kLocationChannels.size(); ++bit) {
         if ((substream.chan_loc >> bit & 1) != 0) {
-            mask |= kLocationChannels[bit];
+            word |= kLocationChannels[bit];
         }
     }
-    return static_cast<std::uint32_t>(std::popcount(mask) + std::popcount(mask & kPairs));
+    return calculate_ec3_channel_count(word);
 }
 
 Ec3Substream read_ec3_substream(ByteReader& in, Ec3Config& config) {

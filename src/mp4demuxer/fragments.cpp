@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "src/log/findings.h"
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/handlers.h"
 #include "src/mp4demuxer/sample_tables.h"
@@ -259,6 +260,9 @@ HandlerResult parse_box_trun(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     }
     // Deliberate: a run of too many samples is refused after the tables have grown.
     if (!append_run(demuxer, *stream, run) || has_too_many) {
+        note_remark(
+            "The samples of a movie fragment were dropped: its run, or the tables that runs add "
+            "to, are larger than they may be.");
         return kRefused;
     }
     append_samples(in, *stream, run);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "src/log/findings.h"
 #include "src/mp4demuxer/box_walker.h"
 #include "src/mp4demuxer/handlers.h"
 #include "src/mp4demuxer/sample_tables.h"
@@ -77,6 +78,7 @@ HandlerResult parse_box_traf(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_trak(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     if (demuxer.streams.size() >= kMaxTracks) {
+        note_remark("A track was dropped: there are more than 256 of them.");
         return kRefused;
     }
     demuxer.streams.push_back(std::make_unique<Mp4Stream>());

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 
+#include "src/log/findings.h"
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/handlers.h"
 #include "src/mp4demuxer/sample_entries.h"
@@ -145,6 +146,9 @@ HandlerResult parse_box_senc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     const bool has_subsamples = (in.u32() & kHasSubsamples) != 0;
     const std::uint32_t count = in.u32();
     if (count > kMaxSencRows) {
+        note_remark(
+            "The encryption data of a fragment's samples was dropped: it has more than 65,535 "
+            "rows.");
         return kRefused;
     }
     SencBlock block;

@@ -2,6 +2,7 @@
 // file.
 #include "src/mp4demuxer/sample_tables.h"
 
+#include "src/log/findings.h"
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/handlers.h"
 
@@ -20,6 +21,7 @@ bool read_rows(PayloadReader& in, std::uint64_t count, std::size_t row_size,
                std::vector<std::uint8_t>& table) {
     table = {};
     if (count * row_size > kMaxTableSize) {
+        note_remark("A sample table was dropped: it is larger than tables may be (2 MiB).");
         return false;
     }
     in.append_to(table, count * row_size);

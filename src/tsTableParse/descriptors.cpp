@@ -153,9 +153,11 @@ Status tsTableParsePRSMDescriptor(SectionBytes bytes, PrsmTsDescriptor& prsm, Ez
     prsm.el_present_flag = (bytes[5] >> 1) & 1;
     prsm.bl_present_flag = bytes[5] & 1;
 
+    note_evaluated(4254);
     if (prsm.px_profile >= kProfileNames.size()) {
         return status | Logging_err_type_check(loglist, 4254, {}, prsm.px_profile);
     }
+    note_evaluated(4255);
     if (prsm.px_level == 0 || prsm.px_level >= kLevelNames.size()) {
         return status | Logging_err_type_check(loglist, 4255, {}, prsm.px_level);
     }
@@ -171,6 +173,7 @@ Status tsTableParsePRSMDescriptor(SectionBytes bytes, PrsmTsDescriptor& prsm, Ez
     if (left == 1) {
         prsm.px_bl_signal_compatibility_id = bytes[position] >> 4;
         if (prsm.px_profile == 8) {
+            note_evaluated(4256);
             if (prsm.px_bl_signal_compatibility_id >= kCompatibilityNames.size()) {
                 return status | Logging_err_type_check(loglist, 4256, {},
                                                        prsm.px_bl_signal_compatibility_id);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "src/audio/ec3_extension.h"
 #include "src/log/logging.h"
 #include "src/tsTableParse/pes_assembly.h"
 
@@ -44,6 +45,7 @@ Status check_substream_flags(const Ec3Check& at) {
 }
 
 Status check_channels(const Ec3Check& at) {
+    note_evaluated(4338);
     const std::uint32_t acmod = at.info.program[0].acmod;
     const auto matches = [&at, acmod](bool holds, const char* field) {
         return check(holds, at.loglist, 4337, {}, field, acmod);
@@ -69,32 +71,17 @@ Status check_channels(const Ec3Check& at) {
     }
 }
 
-// Additional bitstream information of the substream that carries the extension.
-struct Addbsi {
-    std::uint32_t exists;
-    std::uint32_t length;
-    const std::array<std::uint8_t, kOapAddbsiBytes>& bytes;
-};
-
-Addbsi addbsi_of(const OapProgramInfo& program) {
-    if (program.num_dependent != 0) {
-        const OapDependentInfo& dependent = program.dependent[0];
-        return {dependent.addbsie, dependent.addbsi_len, dependent.addbsi};
-    }
-    return {program.addbsie, program.addbsi_len, program.addbsi};
-}
-
 Status check_extension(const Ec3Check& at) {
     const bool has_program = at.info.program[0].num_dependent != 0 || at.info.num_programs != 0;
     if (const Status status = check(has_program, at.loglist, 4325, {}); status != Status::kOk) {
         return status;
     }
-    const Addbsi addbsi = addbsi_of(at.info.program[0]);
+    const AdditionalBsi addbsi = extension_of(at.info.program[0]);
     const std::uint32_t flag = at.descriptor.flag_ec3_extension_type_a;
     if (flag == 0) {
         return check(addbsi.bytes[0] == 0 || addbsi.length == 0, at.loglist, 4329, {});
     }
-    Status status = check(addbsi.exists == 1 && addbsi.length > 1, at.loglist, 4326, {});
+    Status status = check(addbsi.exists && addbsi.length > 1, at.loglist, 4326, {});
     if (status == Status::kOk) {
         status = check(addbsi.bytes[0] == flag, at.loglist, 4327, {}, addbsi.bytes[0], flag);
     }

@@ -75,6 +75,8 @@ Status tsTableParsePMT(const TsContext& context, TsProgram& program, const TsSec
         position += 5 + static_cast<std::size_t>(stream.es_info_length);
         if (program.streams.size() < kMaxTsProgramStreams) {
             program.streams.push_back(std::move(stream));
+        } else {
+            note_remark("A program has more than 100 streams; the others were dropped.");
         }
     }
     const auto add = [tree](const char* name, std::int64_t value) { add_field(tree, name, value); };

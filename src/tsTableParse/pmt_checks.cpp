@@ -61,6 +61,7 @@ void check_ec3_channels(const Ec3TsDescriptor& ec3, PmtCheck& pmt) {
 
 // What holds for every E-AC-3 descriptor.
 void check_ec3(const Ec3TsDescriptor& ec3, PmtCheck& pmt) {
+    note_evaluated(4292);
     if (ec3.flag_ec3_extension_type_a == 0) {
         if (pmt.manifest != nullptr && !is_audio_rendition(pmt)) {
             pmt.status |= check(codecs_contain(pmt, "ec-3"), pmt.loglist, 4283, {},
@@ -112,6 +113,7 @@ void check_prsm_fields(const PrsmTsDescriptor& prsm, PmtCheck& pmt) {
 
 // The enhancement layer has no place in a transport stream of HLS.
 bool prsm_is_forbidden(PmtCheck& pmt) {
+    note_evaluated(4169);
     if (pmt.context.is_hls) {
         pmt.end_with(Logging_err_type_check(pmt.loglist, 4169, {}));
         return true;
@@ -120,6 +122,7 @@ bool prsm_is_forbidden(PmtCheck& pmt) {
 }
 
 void check_ec3_stream(const TsElementaryStream& stream, PmtCheck& pmt) {
+    note_evaluated(4318);
     for (const auto& descriptor : stream.descriptors) {
         if (descriptor.tag == kTagEc3Dvb) {
             pmt.status |= Logging_err_type_check(pmt.loglist, 4318, {});
@@ -189,6 +192,7 @@ void check_private_prsm(const PrsmTsDescriptor& prsm, PmtCheck& pmt) {
 }
 
 void check_private_stream(const TsElementaryStream& stream, PmtCheck& pmt) {
+    note_evaluated(4319);
     for (const auto& descriptor : stream.descriptors) {
         if (is_prsm_registration(descriptor)) {
             pmt.registration = true;

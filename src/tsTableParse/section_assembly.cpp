@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "src/log/findings.h"
 #include "src/tsTableParse/pmt.h"
 #include "src/tsTableParse/stream_selection.h"
 
@@ -144,6 +145,9 @@ void tsTableParsePAT(TsTables& tables, const TsSection& section) {
     tables.last_section_number = at(7);
     tables.pat_entry_count = (section.section_length - 9) / 4;
     const auto kept = std::clamp<std::int64_t>(tables.pat_entry_count, 0, kMaxTsPatEntries);
+    if (kept < tables.pat_entry_count) {
+        note_remark("The transport stream has more than 10 programs; the others were dropped.");
+    }
     for (std::size_t i = 0; i < static_cast<std::size_t>(kept); ++i) {
         const std::size_t entry = 8 + 4 * i;
         tables.pat_entries[i] = {at(entry) << 8 | at(entry + 1),

@@ -81,7 +81,11 @@ Status select_audio(TsOutputFiles& files, const TsElementaryStream& stream, cons
                     TsContext& context) {
     TsStreamInfo& info = context.stream_info;
     const bool is_selected = tsPacketParserGetAudioStreamIdx(context, stream.elementary_pid) >= 0;
-    if (is_selected || info.audio_count == kMaxTsAudioStreams) {
+    if (is_selected) {
+        return Status::kOk;
+    }
+    if (info.audio_count == kMaxTsAudioStreams) {
+        note_remark("A program has more audio streams than can be taken apart; one was dropped.");
         return Status::kOk;
     }
     const Status status = create_file(files, extension, 0, stream.elementary_pid, context);

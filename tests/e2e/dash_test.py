@@ -5,13 +5,9 @@ import re
 import struct
 import unittest
 
+from inputs import box
 from program import ProgramTest
 from scripted_server import ScriptedServer
-
-
-def box(kind, *parts):
-    body = b"".join(parts)
-    return struct.pack(">I4s", 8 + len(body), kind) + body
 
 
 def words(*values):

@@ -5,7 +5,7 @@ import shutil
 import subprocess
 import unittest
 
-from fault_inputs import mp4, samples, ts
+from inputs import mp4, samples, ts
 from program import MEDIASPLIT, ProgramTest
 from raw_server import RawServer
 

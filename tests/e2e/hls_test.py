@@ -7,26 +7,9 @@ import shutil
 import subprocess
 import unittest
 
+from inputs import ts
 from program import CLIP, ProgramTest
 from scripted_server import ScriptedServer
-
-
-def packet(pid, start, payload, counter=0):
-    stuffing = 184 - len(payload)
-    head = bytes([0x47, (0x40 if start else 0) | pid >> 8, pid & 255])
-    if stuffing == 0:
-        return head + bytes([0x10 | counter]) + payload
-    field = bytes([stuffing - 1]) + (b"\0" + b"\xff" * (stuffing - 2) if stuffing > 1 else b"")
-    return head + bytes([0x30 | counter]) + field + payload
-
-
-def ts(payload, pid=257):
-    """A transport stream with `payload` as one ADTS stream."""
-    pat = bytes([0, 0, 0xB0, 13, 0, 1, 0xC1, 0, 0, 0, 1, 0xE1, 0, 0, 0, 0, 0])
-    pmt = bytes([0, 2, 0xB0, 18, 0, 1, 0xC1, 0, 0, 0xE0 | pid >> 8, pid & 255, 0xF0, 0, 0x0F, 0xE0 | pid >> 8, pid & 255,
-                 0xF0, 0, 0, 0, 0, 0])
-    pes = b"\0\0\1\xC0" + (len(payload) + 3).to_bytes(2, "big") + b"\x80\0\0" + payload
-    return packet(0, True, pat) + packet(256, True, pmt) + packet(pid, True, pes)
 
 
 AUDIO = ('#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="g",LANGUAGE="en",NAME="n",CHANNELS="2",URI="audio.m3u8"\n')

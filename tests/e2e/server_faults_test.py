@@ -7,7 +7,7 @@ import threading
 import time
 import unittest
 
-from fault_inputs import ts
+from inputs import ts
 from program import MEDIASPLIT, ProgramTest
 from raw_server import RawServer
 

@@ -1,7 +1,10 @@
 """Elementary streams of real encoders as inputs: they are read and checked, and nothing is written."""
 
+import functools
+import http.server
 import os
 import subprocess
+import threading
 import unittest
 
 from media_support import MEDIASPLIT, PATIENCE, MediaCase, ffmpeg
@@ -46,6 +49,14 @@ class ElementaryStreams(MediaCase):
 
 TAG = (b"ID3\4\0\0\0\0\0\x3fPRIV\0\0\0\x35\0\0com.apple.streaming.transportStreamTimestamp\0" + bytes(8))
 
+# A sync frame of stereo at 48 kHz with four bytes of audio, an I-frame.
+AC4 = bytes.fromhex("ac40001a8017730000025c5882656e802008600400000008a5a5a5a50020")
+
+
+class QuietHandler(http.server.SimpleHTTPRequestHandler):
+    def log_message(self, *_):
+        pass
+
 
 class PackedRenditions(MediaCase):
     """A rendition of tagged segments; its audio comes out as it was before it was packed."""
@@ -54,30 +65,37 @@ class PackedRenditions(MediaCase):
         with open(self.path(name), "wb") as file:
             file.write(data if isinstance(data, bytes) else data.encode())
 
-    def pack(self, codec, muxer, codecs, *options):
-        playlist = "#EXTM3U\n#EXT-X-VERSION:6\n#EXT-X-TARGETDURATION:2\n"
-        audio = b""
+    def encode(self, codec, muxer):
+        parts = []
         for number in range(3):
-            ffmpeg("-f", "lavfi", "-i", "sine=f=%d:r=48000:d=1" % (300 + number), "-c:a", codec, "-ac", "2", *options,
-                   "-f", muxer, self.path("part"))
-            part = self.read(self.path("part"))
-            audio += part
-            self.write("seg%d.%s" % (number, muxer), TAG + part)
-            playlist += "#EXTINF:1.0,\nseg%d.%s\n" % (number, muxer)
+            ffmpeg("-f", "lavfi", "-i", "sine=f=%d:r=48000:d=1" % (300 + number), "-c:a", codec, "-ac", "2", "-f", muxer,
+                   self.path("part"))
+            parts.append(self.read(self.path("part")))
+        os.remove(self.path("part"))
+        return parts
+
+    def pack(self, parts, codecs):
+        playlist = "#EXTM3U\n#EXT-X-VERSION:6\n#EXT-X-TARGETDURATION:2\n"
+        for number, part in enumerate(parts):
+            self.write("seg%d.pa" % number, TAG + part)
+            playlist += "#EXTINF:1.0,\nseg%d.pa\n" % number
         self.write("audio.m3u8", playlist + "#EXT-X-ENDLIST\n")
         self.write("master.m3u8",
                    "#EXTM3U\n#EXT-X-VERSION:6\n"
                    '#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="a",NAME="one",LANGUAGE="en",DEFAULT=YES,AUTOSELECT=YES,'
                    'CHANNELS="2",URI="audio.m3u8"\n'
                    '#EXT-X-STREAM-INF:BANDWIDTH=200000,CODECS="%s",AUDIO="a"\naudio.m3u8\n' % codecs)
-        return audio
 
-    def check(self, codec, muxer, codecs, extension):
-        audio = self.pack(codec, muxer, codecs)
-        outputs = self.split("master.m3u8")
+    def check_outputs(self, master, audio, extension):
+        outputs = self.split(master)
         named = [path for name, path in outputs.items() if "_GroupID_a_Lang_en_Channel_2ch.out." + extension in name]
         self.assertEqual(len(named), 1, outputs)
         self.assertEqual(self.read(named[0]), audio)
+
+    def check(self, codec, muxer, codecs, extension):
+        parts = self.encode(codec, muxer)
+        self.pack(parts, codecs)
+        self.check_outputs("master.m3u8", b"".join(parts), extension)
 
     def test_eac3(self):
         self.check("eac3", "eac3", "ec-3", "ec3")
@@ -87,6 +105,33 @@ class PackedRenditions(MediaCase):
 
     def test_aac(self):
         self.check("aac", "adts", "mp4a.40.2", "aac")
+
+    def test_ac4(self):
+        self.pack([AC4 * 10, AC4 * 20], "ac-4.02.01.00")
+        self.check_outputs("master.m3u8", AC4 * 30, "ac4")
+
+    def test_frames_behind_lost_sync_are_dropped_up_to_the_next_segment(self):
+        self.pack([AC4 * 3 + b"lost" + AC4, AC4 * 5], "ac-4.02.01.00")
+        self.check_outputs("master.m3u8", AC4 * 8, "ac4")
+
+    def test_damaged_tag_is_told_and_the_other_segments_come_out(self):
+        self.pack([AC4, AC4, AC4 * 2], "ac-4.02.01.00")
+        self.write("seg1.pa", TAG[:9] + b"\0" + TAG[10:] + AC4)
+        outputs = self.split("master.m3u8", expect=1)
+        named = [path for name, path in outputs.items() if name.endswith("_Channel_2ch.out.ac4")]
+        self.assertEqual([self.read(path) for path in named], [AC4 * 3])
+        self.assertIn("ERROR: In Packed audio[seg1.pa], fail to parse the ID3 tag.", self.errors)
+
+    def test_segments_of_an_address(self):
+        handler = functools.partial(QuietHandler, directory=self.folder)
+        with http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler) as server:
+            threading.Thread(target=server.serve_forever, daemon=True).start()
+            self.addCleanup(server.shutdown)
+            for parts, codecs, extension in ((self.encode("eac3", "eac3"), "ec-3", "ec3"),
+                                             ([AC4 * 4, AC4 * 5], "ac-4.02.01.00", "ac4")):
+                self.pack(parts, codecs)
+                self.check_outputs("http://127.0.0.1:%d/master.m3u8" % server.server_port, b"".join(parts), extension)
+            server.shutdown()
 
 
 if __name__ == "__main__":

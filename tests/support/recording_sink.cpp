@@ -16,6 +16,16 @@ void RecordingSink::evaluated(int id) {
     evaluated_.insert(id);
 }
 
+void RecordingSink::note(std::string_view /*stream*/, std::string_view text) {
+    const std::scoped_lock lock(mutex_);
+    notes_.emplace_back(text);
+}
+
+std::vector<std::string> RecordingSink::notes() const {
+    const std::scoped_lock lock(mutex_);
+    return notes_;
+}
+
 std::vector<RecordedReport> RecordingSink::reports() const {
     const std::scoped_lock lock(mutex_);
     return reports_;

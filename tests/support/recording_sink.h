@@ -30,18 +30,22 @@ public:
 
     void report(const Report& report) override;
     void evaluated(int id) override;
+    void note(std::string_view stream, std::string_view text) override;
 
     [[nodiscard]] std::vector<RecordedReport> reports() const;
     /// Numbers of all reports in the order in which they came.
     [[nodiscard]] std::vector<int> ids() const;
     [[nodiscard]] std::size_t count(int id) const;
     [[nodiscard]] bool was_evaluated(int id) const;
+    /// Texts of all notes, in the order in which they came.
+    [[nodiscard]] std::vector<std::string> notes() const;
     void clear();
 
 private:
     mutable std::mutex mutex_;
     std::vector<RecordedReport> reports_;
     std::set<int> evaluated_;
+    std::vector<std::string> notes_;
 };
 
 }  // namespace mediasplit

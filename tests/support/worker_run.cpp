@@ -54,6 +54,23 @@ std::string mp4_segment(int number) {
                                       static_cast<std::uint32_t>(number) + 1));
 }
 
+std::time_t TestClock::time = 0;
+std::vector<std::uint32_t> TestClock::sleeps;
+
+TestClock::TestClock() {
+    time = 1000;
+    sleeps.clear();
+    player_clock() = {[] { return time; },
+                      [](std::uint32_t seconds) {
+                          sleeps.push_back(seconds);
+                          time += seconds;
+                      }};
+}
+
+TestClock::~TestClock() {
+    player_clock() = former_;
+}
+
 WorkerRun::WorkerRun() {
     constexpr std::array<CheckpointText, 3> kActive{{{"210000"}, {"310000"}, {"430000"}}};
     loglist_ = init_loglist(kActive.size(), kActive.data());

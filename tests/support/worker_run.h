@@ -1,8 +1,9 @@
-// What tests of stream workers need around them: a working folder, a server, a Loglist, a list for
-// segment durations, and segments whose samples can be told apart.
+// What tests of stream workers need around them: a working folder, a server, a clock of its own, a
+// Loglist, a list for segment durations, and segments whose samples can be told apart.
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <memory>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "base/osal.h"
 #include "src/log/loglist.h"
 #include "src/records/segment_timing.h"
+#include "src/util/player_clock.h"
 #include "tests/support/http_server.h"
 #include "tests/support/recording_sink.h"
 #include "tests/support/temp_folder.h"
@@ -28,6 +30,20 @@ std::string sample_text(int number);
 std::string samples(int first, int last);
 std::string mp4_init();
 std::string mp4_segment(int number);
+
+// A clock that stands still but for what is slept.
+struct TestClock {
+    TestClock();
+    TestClock(const TestClock&) = delete;
+    TestClock& operator=(const TestClock&) = delete;
+    ~TestClock();
+
+    static std::time_t time;
+    static std::vector<std::uint32_t> sleeps;
+
+private:
+    PlayerClock former_ = player_clock();
+};
 
 // Lives in a temporary working folder with empty folders "tmp" and "out".
 class WorkerRun {
@@ -50,6 +66,7 @@ protected:
     WorkingDirectory directory_{folder_.path()};
     HttpServer server_;
     RecordingSink sink_;
+    TestClock clock_;
     std::unique_ptr<Loglist> loglist_;
     OsalContext osal_{nullptr, cb_malloc, cb_free};
     List list_;

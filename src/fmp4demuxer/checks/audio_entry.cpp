@@ -1,7 +1,8 @@
 #include "src/fmp4demuxer/checks/audio_entry.h"
 
 #include "src/audio/hls_channels.h"
-#include "src/fmp4demuxer/fmp4demux.h"
+#include "src/fmp4demuxer/checks/ec3_dash.h"
+#include "src/fmp4demuxer/checks/manifest_records.h"
 #include "src/log/logging.h"
 
 namespace mediasplit {
@@ -45,11 +46,15 @@ Status oap_sample_entry_validation(Mp4Demuxer& demuxer, std::uint32_t stream_ind
     const Mp4Stream& stream = *demuxer.streams[stream_index];
     Status status = check_container(stream, demuxer.loglist);
     status |= check_config(stream, demuxer.loglist);
-    ManifestContext* playlist = nullptr;
-    status |= get_input_manifest_info(&demuxer, nullptr, nullptr, nullptr, nullptr, &playlist,
-                                      demuxer.loglist);
-    if (playlist != nullptr && has_ec3_config(stream)) {
-        status |= check_ec3_attributes(*playlist, programme_of(*stream.ec3_config),
+    ManifestRecords manifest;
+    status |= find_manifest_records(demuxer, manifest);
+    if (manifest.has_dash()) {
+        status |= check_ec3_representation(
+            {*manifest.mpd, *manifest.adaptation_set, *manifest.representation, demuxer.loglist},
+            stream);
+    }
+    if (manifest.is_hls() && has_ec3_config(stream)) {
+        status |= check_ec3_attributes(*manifest.context, programme_of(*stream.ec3_config),
                                        AudioCarrier::kSampleEntry, demuxer.loglist);
     }
     return status;

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "src/dash_reader/inherited.h"
+#include "src/fmp4demuxer/checks/prisma_tables.h"
 #include "src/fmp4demuxer/writers/prisma_rules.h"
 #include "src/mp4demuxer/mp4demuxer.h"
 #include "src/video/codec_text.h"
@@ -70,6 +71,19 @@ std::string_view prisma_prefix(std::uint32_t px_kind) {
     }
 }
 
+std::string enhancement_codec(std::string_view prefix, const PxConfig& config) {
+    const auto two_digits = [](std::uint32_t number) {
+        return (number < 10 ? ".0" : ".") + std::to_string(number);
+    };
+    return prefix.empty()
+               ? std::string{}
+               : std::string(prefix) + two_digits(config.profile) + two_digits(config.level);
+}
+
+std::string supplemental_codec(std::string_view codec, std::string_view brand) {
+    return std::string(codec) + "/" + std::string(brand);
+}
+
 bool prsm_profile_dual_layer(std::uint32_t profile) {
     return profile == 4;
 }
@@ -113,50 +127,19 @@ std::uint32_t orvel_prisma_codecs_validation(OptText codecs, OptText expected, s
 
 namespace {
 
-// One rule for backward compatible profiles and for the one that isn't.
-struct CompatibilityRule {
-    RuleMessage compatible{};
-    RuleMessage incompatible{};
-};
-
-using enum RuleValue;
-
-constexpr RuleMessage kTwoMainCodecs = rule<kScheme>(2024);
-constexpr RuleMessage kTwoCompatibleCodecs = rule<kScheme>(2025);
-constexpr CompatibilityRule kInOneList{rule<kProfile, kActual, kExpected, kScheme>(4113),
-                                       rule<kActual, kExpected, kScheme>(4114)};
-constexpr CompatibilityRule kInOneGroup{rule<kProfile>(4123), rule<>(4124)};
-constexpr RuleMessage kNoCompatibleStream = rule<kProfile, kActual, kScheme, kExpected>(4115);
-constexpr RuleMessage kCompatibleStream = rule<kActual, kScheme, kExpected>(4116);
-
 bool is_compatible_profile(std::uint32_t profile) {
     return profile == 8 || profile == 9;
 }
 
-const RuleMessage* message_for(const CompatibilityRule& both, std::uint32_t profile) {
+const RuleMessage* message_for(const prisma::CompatibilityRule& both, std::uint32_t profile) {
     if (is_compatible_profile(profile)) {
         return &both.compatible;
     }
     return profile == 5 ? &both.incompatible : nullptr;
 }
 
-// Who names what: the enhancement stream's codec by kind of entry, and the base layer's, which is
-// told by its configuration for backward compatible profiles.
-struct PairRow {
-    std::uint32_t profile;
-    std::uint32_t px_kind;
-    const char* main;
-    const char* compatible;  // null: the base layer's codec
-};
-
-constexpr PairRow kPairs[] = {
-    {9, kPxPxav, "pxav.09", nullptr}, {9, kPxPxa1, "pxa1.09", nullptr},
-    {8, kPxPxhe, "pxhe.08", nullptr}, {8, kPxPxh1, "pxh1.08", nullptr},
-    {5, kPxPxhe, "pxhe.05", "hev1"},  {5, kPxPxh1, "pxh1.05", "hvc1"},
-};
-
 CodecPair expected_pair(const PrismaStream& prisma, std::string_view base_codec) {
-    for (const PairRow& row : kPairs) {
+    for (const prisma::CodecPairRow& row : prisma::kCodecPairs) {
         if (row.profile == prisma.config.profile && row.px_kind == prisma.stream.px_kind) {
             return {row.main, std::string(row.compatible != nullptr ? row.compatible : base_codec)};
         }
@@ -213,21 +196,21 @@ Status check_one_rep_prsm_codec(const PrismaStream& prisma, std::string_view cod
     Status status = Status::kOk;
     for_each_word(codecs, [&](std::string_view word) {
         if (word.starts_with(pair.main)) {
-            status |= prisma.check(before.main == 0, kTwoMainCodecs, detail);
+            status |= prisma.check(before.main == 0, prisma::kTwoMainCodecs, detail);
             if (before.main == 0) {
                 marks.main = mark;
                 main_here = true;
             }
         }
         if (codec_match(word, pair.compatible)) {
-            status |= prisma.check(before.compatible == 0, kTwoCompatibleCodecs, detail);
+            status |= prisma.check(before.compatible == 0, prisma::kTwoCompatibleCodecs, detail);
             if (before.compatible == 0) {
                 marks.compatible = mark;
             }
             compatible_here = true;
         }
     });
-    const auto reject_compatible = [&](bool holds, const CompatibilityRule& both) {
+    const auto reject_compatible = [&](bool holds, const prisma::CompatibilityRule& both) {
         const RuleMessage* message = message_for(both, profile);
         if (message != nullptr) {
             status |= prisma.check(holds, *message, detail);
@@ -235,12 +218,13 @@ Status check_one_rep_prsm_codec(const PrismaStream& prisma, std::string_view cod
         }
         return false;
     };
-    if (reject_compatible(!(main_here && compatible_here), kInOneList) && before.compatible == 0) {
+    if (reject_compatible(!(main_here && compatible_here), prisma::kInOneList) &&
+        before.compatible == 0) {
         marks.compatible = 0;
     }
     const bool in_one_group = (before.main != 0 || before.compatible != 0) &&
                               marks.main == marks.compatible && prisma.manifest.is_dash();
-    if (prisma.manifest.is_dash() && reject_compatible(!in_one_group, kInOneGroup)) {
+    if (prisma.manifest.is_dash() && reject_compatible(!in_one_group, prisma::kInOneSet)) {
         marks.compatible = 0;
     }
     return status;
@@ -262,11 +246,12 @@ Status orvel_prisma_compatible_codec_validation(const PrismaStream& prisma,
     const RuleDetail detail =
         detail_of(prisma, pair, manifest.is_dash() ? "AdaptationSet" : "#EXT-X-STREAM-INF");
     if (is_compatible_profile(prisma.config.profile)) {
-        return status | prisma.check(marks.compatible != 0, kNoCompatibleStream, detail);
+        return status |
+               prisma.check(marks.compatible != 0, prisma::kCompatibleStreamMissing, detail);
     }
     // Deliberate: only a stream in the first group is held to be alone.
-    return status |
-           prisma.check(marks.compatible == 0 || marks.main != 1, kCompatibleStream, detail);
+    return status | prisma.check(marks.compatible == 0 || marks.main != 1,
+                                 prisma::kCompatibleStreamThere, detail);
 }
 
 bool hls_codec_all_stream_partial_contained(const ManifestContext& context, OptText codec,
@@ -280,27 +265,56 @@ bool hls_codec_all_stream_partial_contained(const ManifestContext& context, OptT
     return contained;
 }
 
+// --- Both ways of naming base layer and enhancement ----------------------------------------------
+
+namespace {
+
+// Unlike codec_is_contained() for lists of any length: those of a Representation are joined.
+bool names_codec(OptText list, std::string_view codec) {
+    bool found = false;
+    for_each_word(list.view(),
+                  [&](std::string_view word) { found = found || codec_match(word, codec); });
+    return found;
+}
+
+}  // namespace
+
+bool is_named_as_supplement(const PrismaStream& prisma) {
+    const ManifestRecords& manifest = prisma.manifest;
+    OptText list;
+    if (manifest.is_dash()) {
+        list = get_dash_rep_attr_str(manifest.representation, manifest.adaptation_set,
+                                     "scte214:supplementalCodecs");
+    } else if (manifest.is_hls()) {
+        list = manifest.context->supplemental_codecs;
+    }
+    bool found = false;
+    for_each_word(list.view(), [&](std::string_view word) {
+        found = found || word.substr(0, word.find('/')) == prisma.expected_codec;
+    });
+    return found && !prisma.expected_codec.empty();
+}
+
+bool names_base_codec(const PrismaStream& prisma, std::string_view codec) {
+    if (!prisma.manifest.is_hls()) {
+        return names_codec(prisma.codecs, codec);
+    }
+    const ManifestContext& context = *prisma.manifest.context;
+    std::uint32_t index = 0;
+    return hls_codec_all_stream_partial_contained(context, codec, index) ||
+           names_codec(context.duplicate_codecs_1, codec) ||
+           names_codec(context.duplicate_codecs_2, codec);
+}
+
 // --- The container ------------------------------------------------------------------------------
 
 namespace {
 
-struct ConfigBoxRule {
-    std::uint32_t last_profile;
-    std::uint32_t box_flag;
-    RuleMessage message;
-};
-
-constexpr std::array<ConfigBoxRule, 3> kConfigBoxes{{
-    {7, kBoxPxcC, rule<>(4191)},
-    {10, kBoxPxvC, rule<>(4192)},
-    {0xFFFFFFFF, kBoxPxwC, rule<>(4193)},
-}};
-
 Status check_config_box(const PrismaStream& prisma) {
     const auto* const row = std::find_if(
-        kConfigBoxes.begin(), kConfigBoxes.end(),
-        [&](const ConfigBoxRule& box) { return prisma.config.profile <= box.last_profile; });
-    return prisma.check(prisma.has_entry(row->box_flag), row->message);
+        std::begin(prisma::kConfigBoxes), std::end(prisma::kConfigBoxes),
+        [&](const prisma::ConfigBoxRow& box) { return prisma.config.profile <= box.last_profile; });
+    return prisma.check(prisma.has_entry(row->box), row->message);
 }
 
 Status check_levels(const PrismaStream& prisma) {
@@ -326,26 +340,27 @@ Status check_levels(const PrismaStream& prisma) {
 
 }  // namespace
 
+Status check_mime_type(const PrismaStream& prisma) {
+    return prisma.check(
+        get_dash_rep_attr_str(prisma.manifest.representation, prisma.manifest.adaptation_set,
+                              "mimeType") == "video/mp4",
+        prisma::kMimeType);
+}
+
 Status prsm_genenral_validation(const PrismaStream& prisma) {
     const PxConfig& config = prisma.config;
     Status status =
-        prisma.check(compat_brand_included(prisma.demuxer, fourcc("orv1")), rule<>(4170));
-    status |= prisma.check(prisma.stream.stream_type == kStreamVideo, rule<>(4172));
-    status |= prisma.check((prisma.stream.marks & kMarkVmhd) != 0, rule<>(4173));
+        prisma.check(compat_brand_included(prisma.demuxer, fourcc("orv1")), prisma::kMainBrand);
+    status |= prisma.check(prisma.stream.stream_type == kStreamVideo, prisma::kVideoHandler);
+    status |= prisma.check((prisma.stream.marks & kMarkVmhd) != 0, prisma::kVideoHeader);
     status |= check_config_box(prisma);
     status |= check_levels(prisma);
     RuleDetail detail;
     detail.actual_number = config.version_major;
-    status |= prisma.check(config.version_major == 1, rule<kActualNumber>(4194), detail);
+    status |= prisma.check(config.version_major == 1, prisma::kVersionMajor, detail);
     detail.actual_number = config.version_minor;
-    status |= prisma.check(config.version_minor == 0, rule<kActualNumber>(4195), detail);
-    if (prisma.manifest.is_dash()) {
-        status |= prisma.check(
-            get_dash_rep_attr_str(prisma.manifest.representation, prisma.manifest.adaptation_set,
-                                  "mimeType") == "video/mp4",
-            rule<>(4117));
-    }
-    return status;
+    status |= prisma.check(config.version_minor == 0, prisma::kVersionMinor, detail);
+    return prisma.manifest.is_dash() ? status | check_mime_type(prisma) : status;
 }
 
 }  // namespace mediasplit

@@ -19,6 +19,12 @@ namespace mediasplit {
 // "pxav", "pxa1", "pxhe", "pxh1" by the kind of sample entry; empty for others.
 [[nodiscard]] std::string_view prisma_prefix(std::uint32_t px_kind);
 
+// The enhancement codec of a configuration, such as "pxhe.08.02"; empty without a prefix.
+[[nodiscard]] std::string enhancement_codec(std::string_view prefix, const PxConfig& config);
+// The same as manifests name it beside a base layer's: bare in a Representation, and with the
+// brand of the base layer in a playlist.
+[[nodiscard]] std::string supplemental_codec(std::string_view codec, std::string_view brand);
+
 // Whether all enhancement data is in a track of its own, and whether the profile is known at all.
 [[nodiscard]] bool prsm_profile_dual_layer(std::uint32_t profile);
 [[nodiscard]] bool prsm_profile_supported(std::uint32_t profile);
@@ -68,6 +74,18 @@ struct CodecPair {
 // stream's if it doesn't.
 [[nodiscard]] bool hls_codec_all_stream_partial_contained(const ManifestContext& context,
                                                           OptText codec, std::uint32_t& index);
+
+// Whether the manifest names the expected codec as one that goes with the base layer's: in
+// scte214:supplementalCodecs, or in SUPPLEMENTAL-CODECS with whatever brand.
+[[nodiscard]] bool is_named_as_supplement(const PrismaStream& prisma);
+
+// Whether the manifest names the base layer's codec where it has to: in the list of the
+// Representation and those that share its initialization segment; in a playlist, in a list of the
+// stream itself or of those merged with it.
+[[nodiscard]] bool names_base_codec(const PrismaStream& prisma, std::string_view codec);
+
+// A Representation's MIME type (4117).
+[[nodiscard]] Status check_mime_type(const PrismaStream& prisma);
 
 // The rules on the container that all profiles but 20 share: brand, track header, configuration
 // box, level, version, MIME type.

@@ -1,7 +1,8 @@
 // Profile 20, the stereo profile, which shares nothing with the others but the form of its rules.
 #include <algorithm>
+#include <string_view>
 
-#include "src/dash_reader/inherited.h"
+#include "src/fmp4demuxer/checks/prisma_codecs.h"
 #include "src/fmp4demuxer/checks/prisma_profiles.h"
 #include "src/fmp4demuxer/checks/prisma_stream.h"
 #include "src/fmp4demuxer/checks/prisma_tables.h"
@@ -13,17 +14,8 @@ namespace {
 using enum RuleValue;
 
 constexpr std::uint32_t kManifestRules = 8;
-constexpr std::int32_t kLowestPlaylistVersion = 12;
 constexpr std::uint8_t kMain10 = 2;
 constexpr std::uint8_t kHighestHevcLevel = 183;
-constexpr std::string_view kStereoLayout = "CH-STEREO";
-
-constexpr ManifestRule kLayoutMissing{{},
-                                      rule<kProfile, kCompatibleId, kStreamIndex>(4248),
-                                      rule<kProfile, kCompatibleId, kStreamIndex>(4249)};
-constexpr ManifestRule kLayoutValue{{},
-                                    rule<kProfile, kCompatibleId, kExpected, kStreamIndex>(4250),
-                                    rule<kProfile, kCompatibleId, kExpected, kStreamIndex>(4251)};
 
 // A condition on the track, and the message if it doesn't hold.
 struct TrackRule {
@@ -34,9 +26,10 @@ struct TrackRule {
 
 constexpr TrackRule kTrackRules[] = {
     {[](const PrismaStream& p) { return compat_brand_included(p.demuxer, fourcc("orv1")); },
-     rule<>(4170)},
-    {[](const PrismaStream& p) { return p.stream.stream_type == kStreamVideo; }, rule<>(4172)},
-    {[](const PrismaStream& p) { return (p.stream.marks & kMarkVmhd) != 0; }, rule<>(4173)},
+     prisma::kMainBrand},
+    {[](const PrismaStream& p) { return p.stream.stream_type == kStreamVideo; },
+     prisma::kVideoHandler},
+    {[](const PrismaStream& p) { return (p.stream.marks & kMarkVmhd) != 0; }, prisma::kVideoHeader},
     {[](const PrismaStream& p) { return p.has_entry(kBoxPxcC); }, rule<>(4234)},
     {[](const PrismaStream& p) { return p.config.level <= 12; }, rule<>(4235)},
     {[](const PrismaStream& p) { return p.config.version_major == 3; }, rule<kActualNumber>(4236),
@@ -65,24 +58,34 @@ Status check_hevc_config(const PrismaStream& prisma) {
     return status | prisma.check(!has_second_layer || prisma.has_entry(kBoxLhvC), rule<>(4246));
 }
 
+// Attributes of variant streams come as written, so with the quotation marks of a string.
+std::string_view unquoted(std::string_view text) {
+    const bool is_quoted = text.size() >= 2 && text.front() == '"' && text.back() == '"';
+    return is_quoted ? text.substr(1, text.size() - 2) : text;
+}
+
 Status check_playlist(const PrismaStream& prisma) {
     const ManifestContext& context = *prisma.manifest.context;
     RuleDetail detail;
-    detail.expected = kStereoLayout;
+    detail.expected = prisma::kStereoLayout;
     detail.actual_number = static_cast<std::uint32_t>(context.hls_version);
     const auto& layout = context.req_video_layout;
-    Status status = prisma.check(layout.has_value(), kLayoutMissing, detail);
+    Status status = prisma.check(layout.has_value(), prisma::kLayoutMissing, detail);
     if (layout) {
-        status |= prisma.check(*layout == kStereoLayout, kLayoutValue, detail);
+        status |=
+            prisma.check(unquoted(*layout) == prisma::kStereoLayout, prisma::kLayoutValue, detail);
     }
-    return status | prisma.check(context.hls_version >= kLowestPlaylistVersion,
-                                 rule<kActualNumber>(4247), detail);
+    return status | prisma.check(context.hls_version >= prisma::kStereoPlaylistVersion,
+                                 prisma::kStereoPlaylistVersionLow, detail);
 }
 
 }  // namespace
 
 Status prsm_profile_20_sampleentry_validation(const Mp4Demuxer& demuxer,
                                               std::uint32_t stream_index) {
+    if (!is_prisma_track(demuxer, stream_index)) {
+        return Status::kFailed;
+    }
     PrismaStream prisma(demuxer, stream_index);
     Status status = prisma.find_manifest();
     if (status != Status::kOk) {
@@ -98,10 +101,7 @@ Status prsm_profile_20_sampleentry_validation(const Mp4Demuxer& demuxer,
         return status;
     }
     if (prisma.manifest.is_dash()) {
-        status |= prisma.check(
-            get_dash_rep_attr_str(prisma.manifest.representation, prisma.manifest.adaptation_set,
-                                  "mimeType") == "video/mp4",
-            rule<>(4117));
+        status |= check_mime_type(prisma);
     } else if (prisma.manifest.is_hls()) {
         status |= check_playlist(prisma);
     }

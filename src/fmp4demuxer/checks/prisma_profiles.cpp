@@ -31,10 +31,6 @@ RuleDetail expecting(std::string_view text) {
     return detail;
 }
 
-bool fits(std::uint32_t wanted, std::uint32_t value) {
-    return wanted == kAny || wanted == value;
-}
-
 const HevcSps* first_sps(const Mp4Stream& stream) {
     if (stream.hevc_config == nullptr || stream.hevc_config->sps.empty()) {
         return nullptr;
@@ -46,14 +42,6 @@ bool has_colour_box(const Mp4Stream& stream) {
     return (stream.marks & kMarkColr) != 0 && stream.colour_type == fourcc("nclx");
 }
 
-const ColourRow* colour_row(const PrismaStream& prisma, const ProfileRules& rules) {
-    const auto row =
-        std::find_if(rules.colours.begin(), rules.colours.end(), [&](const ColourRow& candidate) {
-            return candidate.compatible_id == prisma.config.bl_compatible_id;
-        });
-    return row == rules.colours.end() ? nullptr : &*row;
-}
-
 // Transfer characteristics of the parameter set, of the `colr` box, or else the one that the
 // compatible id stands for if there is one only. 0 if nothing tells.
 std::uint32_t transfer_of(const PrismaStream& prisma, const ProfileRules& rules) {
@@ -63,7 +51,7 @@ std::uint32_t transfer_of(const PrismaStream& prisma, const ProfileRules& rules)
     if (has_colour_box(prisma.stream)) {
         return prisma.stream.transfer_characteristics;
     }
-    const ColourRow* row = colour_row(prisma, rules);
+    const ColourRow* row = prisma::colour_of(rules.colours, prisma.config.bl_compatible_id);
     return row != nullptr && row->transfers[0] == row->transfers[1] ? row->transfers[0] : 0;
 }
 
@@ -77,10 +65,6 @@ struct ProfileStream {
     std::string base_codec{};
 };
 
-std::string two_digits(std::uint32_t number) {
-    return (number < 10 ? ".0" : ".") + std::to_string(number);
-}
-
 std::string expected_codec(const PrismaStream& prisma, const ProfileRules& rules) {
     std::string_view prefix = rules.codec_prefix;
     const bool is_known_kind = std::find(rules.kinds.begin(), rules.kinds.end(),
@@ -88,11 +72,7 @@ std::string expected_codec(const PrismaStream& prisma, const ProfileRules& rules
     if (prefix.empty() && is_known_kind) {
         prefix = prisma_prefix(prisma.stream.px_kind);
     }
-    if (prefix.empty()) {
-        return {};
-    }
-    return std::string(prefix) + two_digits(prisma.config.profile) +
-           two_digits(prisma.config.level);
+    return enhancement_codec(prefix, prisma.config);
 }
 
 // The codec of the base layer, empty if the configuration doesn't tell.
@@ -147,19 +127,8 @@ struct ColourValues {
     std::uint32_t primaries;
     std::uint32_t transfer;
 };
-struct ColourMessages {
-    RuleMessage matrix;
-    RuleMessage primaries;
-    RuleMessage transfer;
-};
-
-constexpr ColourMessages kSpsMessages{prisma::kSpsMatrix, prisma::kSpsPrimaries,
-                                      prisma::kSpsTransfer};
-constexpr ColourMessages kColrMessages{prisma::kColrMatrix, prisma::kColrPrimaries,
-                                       prisma::kColrTransfer};
-
 Status check_colour_values(const PrismaStream& prisma, const ColourRow& row,
-                           const ColourValues& values, const ColourMessages& messages) {
+                           const ColourValues& values, const prisma::ColourMessages& messages) {
     const auto detail = [&](std::uint32_t actual, std::uint32_t expected) {
         RuleDetail result = expecting(row.transfer_text);
         result.actual_number = actual;
@@ -187,7 +156,7 @@ Status check_colour(const ProfileStream& track) {
             status |= check_colour_values(
                 prisma, *track.colour,
                 {vui.matrix_coeffs, vui.colour_primaries, vui.transfer_characteristics},
-                kSpsMessages);
+                prisma::kEntrySpsColour);
         }
     }
     if ((stream.marks & kMarkColr) == 0) {
@@ -199,7 +168,7 @@ Status check_colour(const ProfileStream& track) {
         status |= check_colour_values(
             prisma, *track.colour,
             {stream.matrix_coefficients, stream.colour_primaries, stream.transfer_characteristics},
-            kColrMessages);
+            prisma::kColrColour);
     }
     return status;
 }
@@ -213,12 +182,27 @@ bool is_one_of_several(const ManifestRecords& manifest) {
     return manifest.is_hls() && manifest.context->duplicate_codecs_1.has_value();
 }
 
+// Whether the stream has a base layer that the manifest has to tell of.
+bool has_base_layer(const ProfileStream& track) {
+    const std::uint32_t id = track.prisma.config.bl_compatible_id;
+    return track.rules.is_compatible && (track.rules.ids_without_base_layer >> id & 1) == 0;
+}
+
+// Manifests tell of a backward compatible stream in one of two ways: a stream of its own for each
+// of the two codecs, or one stream with the base layer's codec and the enhancement codec as its
+// supplement. The catalogue has the rules of both. To be sound, a manifest has to keep those of one
+// way: with the supplement no codec list has to name the enhancement codec, and the base layer's
+// codec may stand in either of the two streams' lists. Only both codecs in one list are wrong
+// either way.
 Status check_codec_list(const ProfileStream& track) {
     const PrismaStream& prisma = track.prisma;
     std::string other;
-    const std::uint32_t result =
+    std::uint32_t result =
         orvel_prisma_codecs_validation(prisma.codecs, prisma.expected_codec, other,
                                        is_one_of_several(prisma.manifest), prisma.config.profile);
+    if (has_base_layer(track) && is_named_as_supplement(prisma)) {
+        result &= ~(kCodecsWithoutOurs | kCodecsNeedCompanion);
+    }
     RuleDetail detail = expecting(prisma.expected_codec);
     detail.actual = other;
     Status status = Status::kOk;
@@ -231,16 +215,11 @@ Status check_codec_list(const ProfileStream& track) {
 }
 
 Status check_base_codec(const ProfileStream& track) {
-    if (!track.rules.is_compatible || track.base_codec.empty()) {
+    if (track.base_codec.empty()) {
         return Status::kOk;
     }
-    const PrismaStream& prisma = track.prisma;
-    std::uint32_t index = 0;
-    const bool named = prisma.manifest.mode == kInputHls
-                           ? hls_codec_all_stream_partial_contained(*prisma.manifest.context,
-                                                                    track.base_codec, index)
-                           : codec_is_contained(prisma.codecs, track.base_codec);
-    return prisma.check(named, track.rules.base_codec, expecting(track.base_codec));
+    return track.prisma.check(names_base_codec(track.prisma, track.base_codec),
+                              track.rules.base_codec, expecting(track.base_codec));
 }
 
 // An attribute of the Representation: there, and of this value. Without a message for a missing
@@ -292,10 +271,10 @@ Status check_segment_profiles(const ProfileStream& track) {
     if (rate <= kNoFrameRate) {
         return Status::kOk;
     }
-    return check_attribute(
-        prisma, "segmentProfiles",
-        rate > 60 ? track.colour->fast_segment_profile : track.colour->segment_profile,
-        prisma::kSegmentProfilesMissing, prisma::kSegmentProfilesValue);
+    return check_attribute(prisma, "segmentProfiles",
+                           rate > prisma::kFastFrameRate ? track.colour->fast_segment_profile
+                                                         : track.colour->segment_profile,
+                           prisma::kSegmentProfilesMissing, prisma::kSegmentProfilesValue);
 }
 
 Status check_dash_content(const ProfileStream& track) {
@@ -360,8 +339,8 @@ Status check_video_range(const ProfileStream& track) {
         std::find_if(std::begin(prisma::kVideoRanges), std::end(prisma::kVideoRanges),
                      [&](const prisma::VideoRangeRow& range) {
                          return range.profile == prisma.config.profile &&
-                                fits(range.compatible_id, prisma.config.bl_compatible_id) &&
-                                fits(range.transfer, track.transfer);
+                                prisma::fits(range.compatible_id, prisma.config.bl_compatible_id) &&
+                                prisma::fits(range.transfer, track.transfer);
                      });
     if (row == std::end(prisma::kVideoRanges)) {
         return Status::kOk;
@@ -378,7 +357,7 @@ Status check_hls_supplements(const ProfileStream& track) {
     if (track.brand == nullptr || prisma.expected_codec.empty()) {
         return Status::kOk;
     }
-    const std::string expected = prisma.expected_codec + "/" + std::string(track.brand->name);
+    const std::string expected = supplemental_codec(prisma.expected_codec, track.brand->name);
     const auto& codecs = prisma.manifest.context->supplemental_codecs;
     const Status status = prisma.check(codecs.has_value(), track.rules.supplemental_missing);
     return codecs ? status | prisma.check(codec_is_contained(codecs, expected),
@@ -392,35 +371,28 @@ Status check_manifest(const ProfileStream& track) {
         (!prisma.manifest.is_dash() && !prisma.manifest.is_hls())) {
         return Status::kOk;
     }
-    Status status = check_codec_list(track) | check_base_codec(track);
-    if (prisma.manifest.is_hls()) {
+    const bool is_hls = prisma.manifest.is_hls();
+    Status status = check_codec_list(track);
+    if (is_hls) {
         status |= check_video_range(track);
-        if (track.rules.is_compatible) {
-            status |= check_hls_supplements(track);
-        }
-    } else if (track.rules.is_compatible) {
-        status |= check_dash_supplements(track) | check_dash_content(track) |
-                  check_colour_descriptors(track);
+    }
+    if (has_base_layer(track)) {
+        status |= check_base_codec(track);
+        status |= is_hls ? check_hls_supplements(track)
+                         : check_dash_supplements(track) | check_dash_content(track) |
+                               check_colour_descriptors(track);
     }
     return status | orvel_prisma_compatible_codec_validation(prisma, track.base_codec);
 }
 
 // --- The frame of profiles 4, 5, 8, 9 and 10 -----------------------------------------------------
 
-const BrandRow* brand_of(const PrismaStream& prisma, std::uint32_t transfer) {
-    const auto* const row = std::find_if(
-        std::begin(prisma::kBrands), std::end(prisma::kBrands), [&](const BrandRow& brand) {
-            return brand.compatible_id == prisma.config.bl_compatible_id &&
-                   fits(brand.transfer, transfer);
-        });
-    return row == std::end(prisma::kBrands) ? nullptr : row;
-}
-
 void describe(ProfileStream& track) {
     PrismaStream& prisma = track.prisma;
     track.transfer = transfer_of(prisma, track.rules);
-    track.colour = colour_row(prisma, track.rules);
-    track.brand = brand_of(prisma, track.transfer);
+    track.colour = prisma::colour_of(track.rules.colours, prisma.config.bl_compatible_id);
+    track.brand =
+        prisma::brand_of(prisma.config.profile, prisma.config.bl_compatible_id, track.transfer);
     prisma.expected_codec = expected_codec(prisma, track.rules);
     for (const prisma::ProfileTextRow& row : prisma::kProfileTexts) {
         if (row.profile == prisma.config.profile &&
@@ -431,6 +403,9 @@ void describe(ProfileStream& track) {
 }
 
 Status validate(const Mp4Demuxer& demuxer, std::uint32_t stream_index, const ProfileRules& rules) {
+    if (!is_prisma_track(demuxer, stream_index)) {
+        return Status::kFailed;
+    }
     ProfileStream track{PrismaStream(demuxer, stream_index), rules};
     Status status = track.prisma.find_manifest();
     if (status != Status::kOk) {
@@ -449,6 +424,9 @@ Status validate(const Mp4Demuxer& demuxer, std::uint32_t stream_index, const Pro
 
 Status validate(const Mp4Demuxer& demuxer, std::uint32_t stream_index,
                 const prisma::NewerProfileRules& rules) {
+    if (!is_prisma_track(demuxer, stream_index)) {
+        return Status::kFailed;
+    }
     PrismaStream prisma(demuxer, stream_index);
     Status status = prisma.find_manifest();
     if (status != Status::kOk) {

@@ -10,7 +10,8 @@
 namespace mediasplit {
 
 // Each takes a track with a configuration of the enhancement format and returns the OR of all
-// reports. Rules on the manifest are applied with checkpoint family 8 only.
+// reports, or a failure if there is no such track. Rules on the manifest are applied with
+// checkpoint family 8 only.
 [[nodiscard]] Status prsm_profile_4_sampleentry_validation(const Mp4Demuxer& demuxer,
                                                            std::uint32_t stream_index);
 [[nodiscard]] Status prsm_profile_5_sampleentry_validation(const Mp4Demuxer& demuxer,

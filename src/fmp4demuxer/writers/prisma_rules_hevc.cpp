@@ -1,8 +1,10 @@
-#include <array>
 #include <cmath>
 #include <memory>
 #include <string>
+#include <string_view>
 
+#include "src/fmp4demuxer/checks/prisma_codecs.h"
+#include "src/fmp4demuxer/checks/prisma_tables.h"
 #include "src/fmp4demuxer/dash_context.h"
 #include "src/fmp4demuxer/writers/prisma_rules.h"
 #include "src/log/logging.h"
@@ -23,35 +25,6 @@ constexpr std::uint32_t kSingleLayerProfile = 8;
 constexpr std::uint32_t kDashPrismaRules = 32;
 constexpr float kNoFrameRate = 1e-6F;
 
-// What profile 8 asks of the colour description, by the base layer it is compatible with.
-struct ColourRule {
-    std::uint32_t compatible_id;
-    std::uint8_t primaries;
-    std::uint8_t matrix;
-    std::array<std::uint8_t, 2> transfers;
-    const char* transfer_text;
-    const char* slow_profile;  // segmentProfiles up to 60 frames a second
-    const char* fast_profile;
-};
-
-constexpr std::array<ColourRule, 2> kColourRules{{
-    {1, 9, 9, {16, 16}, "16", "chd1", "chd2"},
-    {4, 9, 9, {14, 18}, "14, 18", "clg1", "clg2"},
-}};
-
-// The brand that a base layer of kind 4 asks for, by its transfer characteristics.
-struct BrandRule {
-    std::uint8_t transfer;
-    std::uint32_t brand;
-    const char* text;
-};
-
-constexpr std::uint32_t kBrandedBaseLayer = 4;
-constexpr std::array<BrandRule, 2> kBrandRules{{
-    {18, fourcc("pb4h"), "pb4h"},
-    {14, fourcc("pb4g"), "pb4g"},
-}};
-
 NalBuffer nal_of(ByteSpan unit) {
     return {unit.data(), static_cast<std::uint32_t>(unit.size())};
 }
@@ -71,14 +44,16 @@ Status check_enhancement_sps(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan un
                                        sps.get(), demuxer.loglist, container_frame_rate(stream));
 }
 
-Status check_segment_profiles(const Mp4Demuxer& demuxer, const ColourRule& rule, float frame_rate) {
+Status check_segment_profiles(const Mp4Demuxer& demuxer, const prisma::ColourRow& row,
+                              float frame_rate) {
     if (demuxer.input_mode != kInputDash || demuxer.dash_context == nullptr ||
         frame_rate <= kNoFrameRate || !contain_cmaf_brand(demuxer)) {
         return Status::kOk;
     }
     const DashContext& context = *demuxer.dash_context;
-    const std::string profile = "8." + std::to_string(rule.compatible_id);
-    const std::string expected = frame_rate > 60 ? rule.fast_profile : rule.slow_profile;
+    const std::string profile = "8." + std::to_string(row.compatible_id);
+    const std::string_view expected =
+        frame_rate > prisma::kFastFrameRate ? row.fast_segment_profile : row.segment_profile;
     const Status status = check(context.segment_profiles.has_value(), demuxer.loglist, 2026, {},
                                 profile, expected, context.representation_id);
     if (!context.segment_profiles) {
@@ -89,65 +64,58 @@ Status check_segment_profiles(const Mp4Demuxer& demuxer, const ColourRule& rule,
 }
 
 Status check_supplemental_codecs(const Mp4Demuxer& demuxer, const Mp4Stream& stream,
-                                 const char* brand) {
+                                 std::string_view brand) {
     if (demuxer.input_mode != kInputHls || demuxer.manifest_context == nullptr) {
         return Status::kOk;
     }
     const ManifestContext& context = *demuxer.manifest_context;
     const PxConfig& config = *stream.px_config;
-    if (!context.supplemental_codecs) {
-        return Logging_err_type_check(demuxer.loglist, 4164, {}, config.profile,
-                                      config.bl_compatible_id, context.stream_index);
+    const bool there = context.supplemental_codecs.has_value();
+    const Status status = check(there, demuxer.loglist, 4164, {}, config.profile,
+                                config.bl_compatible_id, context.stream_index);
+    if (!there) {
+        return status;
     }
-    const auto two_digits = [](std::uint32_t number) {
-        return (number < 10 ? ".0" : ".") + std::to_string(number);
-    };
-    std::string codec;
-    if (stream.px_kind == kPxPxhe) {
-        codec = "pxhe" + two_digits(config.profile) + two_digits(config.level);
-    } else if (stream.px_kind == kPxPxh1) {
-        codec = "pxh1" + two_digits(config.profile) + two_digits(config.level);
-    }
-    codec += "/";
-    codec += brand;
-    return check(codec_is_contained(context.supplemental_codecs, codec), demuxer.loglist, 4166, {},
-                 config.profile, config.bl_compatible_id, codec, context.stream_index);
+    const bool is_h265_kind = stream.px_kind == kPxPxhe || stream.px_kind == kPxPxh1;
+    const std::string codec = supplemental_codec(
+        is_h265_kind ? enhancement_codec(prisma_prefix(stream.px_kind), config) : "", brand);
+    return status | check(codec_is_contained(context.supplemental_codecs, codec), demuxer.loglist,
+                          4166, {}, config.profile, config.bl_compatible_id, codec,
+                          context.stream_index);
 }
 
+// The brand that only the stream itself tells: where the compatible id leaves more than one.
 Status check_brand(const Mp4Demuxer& demuxer, const Mp4Stream& stream, std::uint8_t transfer) {
     const PxConfig& config = *stream.px_config;
-    Status status = Status::kOk;
-    for (const BrandRule& rule : kBrandRules) {
-        if (config.bl_compatible_id == kBrandedBaseLayer && rule.transfer == transfer) {
-            status |= check(compat_brand_included(demuxer, rule.brand), demuxer.loglist, 2030, {},
-                            config.profile, config.bl_compatible_id, rule.text);
-            status |= check_supplemental_codecs(demuxer, stream, rule.text);
-        }
+    const prisma::BrandRow* row =
+        prisma::brand_of(config.profile, config.bl_compatible_id, transfer);
+    if (row == nullptr || row->transfer == prisma::kAny) {
+        return Status::kOk;
     }
-    return status;
+    return check(compat_brand_included(demuxer, row->brand), demuxer.loglist, 2030, {},
+                 config.profile, config.bl_compatible_id, row->name) |
+           check_supplemental_codecs(demuxer, stream, row->name);
 }
 
 Status check_colour(const Mp4Demuxer& demuxer, const Mp4Stream& stream, const HevcSps& sps,
                     float frame_rate) {
     const PxConfig& config = *stream.px_config;
-    Status status = Status::kOk;
-    for (const ColourRule& rule : kColourRules) {
-        if (rule.compatible_id != config.bl_compatible_id) {
-            continue;
-        }
-        const std::uint8_t transfer = sps.vui.transfer_characteristics;
-        status |=
-            check(sps.vui.colour_primaries == rule.primaries, demuxer.loglist, 4267, {},
-                  config.profile, rule.compatible_id, sps.vui.colour_primaries, rule.primaries);
-        status |= check(sps.vui.matrix_coeffs == rule.matrix, demuxer.loglist, 4266, {},
-                        config.profile, rule.compatible_id, sps.vui.matrix_coeffs, rule.matrix);
-        status |=
-            check(transfer == rule.transfers[0] || transfer == rule.transfers[1], demuxer.loglist,
-                  4268, {}, config.profile, rule.compatible_id, transfer, rule.transfer_text);
-        status |= check_segment_profiles(demuxer, rule, frame_rate);
-        status |= check_brand(demuxer, stream, transfer);
+    const prisma::ColourRow* row =
+        prisma::colour_of(prisma::kProfile8Colours, config.bl_compatible_id);
+    if (row == nullptr) {
+        return Status::kOk;
     }
-    return status;
+    const HevcVui& vui = sps.vui;
+    const std::uint8_t transfer = vui.transfer_characteristics;
+    const bool transfer_fits = transfer == row->transfers[0] || transfer == row->transfers[1];
+    Status status = check(vui.colour_primaries == row->primaries, demuxer.loglist, 4267, {},
+                          config.profile, row->compatible_id, vui.colour_primaries, row->primaries);
+    status |= check(vui.matrix_coeffs == row->matrix, demuxer.loglist, 4266, {}, config.profile,
+                    row->compatible_id, vui.matrix_coeffs, row->matrix);
+    status |= check(transfer_fits, demuxer.loglist, 4268, {}, config.profile, row->compatible_id,
+                    transfer, row->transfer_text);
+    status |= check_segment_profiles(demuxer, *row, frame_rate);
+    return status | check_brand(demuxer, stream, transfer);
 }
 
 // A configuration without VPS borrows the stream's for one comparison; the units that go into the
@@ -214,6 +182,7 @@ Status inspect_hevc_sps(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan from_un
     if ((stream.box_flags & kBoxPrisma) == 0) {
         return Status::kOk;
     }
+    note_evaluated(4171);
     if (stream.px_config == nullptr) {
         return Logging_err_type_check(demuxer.loglist, 4171, {});
     }

@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "src/dash_reader/preselection_components.h"
 #include "src/log/logging.h"
 #include "src/util/text.h"
 
@@ -14,8 +15,6 @@ namespace mediasplit {
 namespace {
 
 constexpr const char* kSourceName = "../../../../mediacheck2/src/main";
-constexpr std::size_t kLongestComponents = 100;
-constexpr char kBlank = ' ';
 
 bool is_number(OptText text) {
     return check_str_r10(text) == 0;
@@ -44,14 +43,6 @@ void for_equal_pairs(const std::vector<Key>& keys, const Report& report) {
             }
         }
     }
-}
-
-// The next word of a text, cut off its front; empty at the end.
-std::string_view take_word(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlank), text.size()));
-    const std::string_view word = text.substr(0, text.find(kBlank));
-    text.remove_prefix(word.size());
-    return word;
 }
 
 bool is_ac4_codec(const std::optional<std::string>& codecs) {
@@ -189,38 +180,6 @@ Status broadcast_dash_manifest_validation(const DashInfo* info, std::int32_t per
     }
     const DashPeriodInfo& period = info->periods[static_cast<std::size_t>(period_index)];
     return BroadcastIds(period, loglist).validate();
-}
-
-Status get_all_adaptation_set_ids_from_preselection_components(OptText components,
-                                                               std::vector<std::uint32_t>& ids,
-                                                               bool is_ac4, Loglist* loglist) {
-    ids.clear();
-    if (components.view().size() > kLongestComponents) {
-        return Status::kOk;
-    }
-    Status status = Status::kOk;
-    std::string_view rest = components.view();
-    for (std::string_view word = take_word(rest); !word.empty(); word = take_word(rest)) {
-        const bool numeric = is_number(word);
-        if (numeric) {
-            ids.push_back(str2uint_r10(word));
-        }
-        if (is_ac4) {
-            status |=
-                check(numeric, loglist, 4361, LogContext{0, {}, "preselectionComponents"}, word);
-        }
-    }
-    return status;
-}
-
-int select_main_ac4_audio_component_from_preselectionComponents(OptText components,
-                                                                std::string& word) {
-    if (!components) {
-        return -1;
-    }
-    std::string_view rest = *components;
-    word = take_word(rest);
-    return word.size() == components->size() ? 1 : 0;
 }
 
 }  // namespace mediasplit

@@ -2,14 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "src/dash_reader/dash_info.h"
 #include "src/log/loglist.h"
 #include "src/log/status.h"
-#include "src/util/opt_text.h"
 
 namespace mediasplit {
 
@@ -26,15 +22,5 @@ Status dash_manifest_validation(const DashInfo* info, Loglist* loglist);
 // index that isn't below the count of Periods read.
 Status broadcast_dash_manifest_validation(const DashInfo* info, std::int32_t period_index,
                                           Loglist* loglist);
-
-// The numbers among the words of `components`; other words raise 4361 for an AC-4 preselection.
-// Nothing for more than 100 characters.
-Status get_all_adaptation_set_ids_from_preselection_components(OptText components,
-                                                               std::vector<std::uint32_t>& ids,
-                                                               bool is_ac4, Loglist* loglist);
-
-// The first word of `components`: 1 if it is the only one, else 0; -1 if there is no text.
-int select_main_ac4_audio_component_from_preselectionComponents(OptText components,
-                                                                std::string& word);
 
 }  // namespace mediasplit

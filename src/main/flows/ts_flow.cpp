@@ -58,6 +58,7 @@ Status run_ts_series_with(TsDemux demux, Loglist* loglist) {
             }
         }
         status |= close_whole_input(input, loglist);
+        note_segment();
         previous = summary;
     }
     if (n == 0) {

@@ -51,6 +51,7 @@ OsalThread* StreamWorkers::start_thread(ThreadFunction function, void* argument,
 
 void StreamWorkers::start(std::unique_ptr<StreamJob> job) {
     job->worker_index = static_cast<std::uint32_t>(jobs_.size());
+    announce_stream(stream_label(*job));
     if (!is_threaded()) {
         job->loglist = setup_.loglist;
         (void)ThreadFunc(job.get());

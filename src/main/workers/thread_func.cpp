@@ -81,10 +81,14 @@ int follow_address(StreamJob& job, double& live_remaining) {
 
 }  // namespace
 
+const std::string& stream_label(const StreamJob& job) {
+    const bool is_representation = job.format > kLastPlaylistFormat && job.representation_id;
+    return is_representation ? *job.representation_id : job.url;
+}
+
 std::uint32_t ThreadFunc(void* argument) {
     auto& job = *static_cast<StreamJob*>(argument);
-    const bool is_representation = job.format > kLastPlaylistFormat && job.representation_id;
-    const StreamLabel label(is_representation ? *job.representation_id : job.url);
+    const StreamLabel label(stream_label(job));
     double live_remaining = g_tested_duration_in_live;
     const auto follow = is_url(job.url) ? follow_address : follow_local;
     while (follow(job, live_remaining) == 1) {

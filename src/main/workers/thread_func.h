@@ -2,8 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace mediasplit {
+
+struct StreamJob;
+
+// What the job's reports carry as their stream: id of the Representation, address of the playlist.
+const std::string& stream_label(const StreamJob& job);
 
 // Follows the stream of `job` (a StreamJob) to its end, loading its playlist anew as often as it
 // asks for it: 4021 or 4022 if that can't be had, 11 if its copy can't be removed. Every end leaves

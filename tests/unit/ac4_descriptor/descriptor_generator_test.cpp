@@ -365,6 +365,48 @@ TEST_F(Generator, BoxMadeForAFrameRaisesNothing) {
     expect_box_for_frame_raises_nothing(coded);
 }
 
+// What a writer puts into the box of a layout without a core of its own, by hand.
+TEST_F(Generator, BoxOfEachPlainLayoutRaisesNothing) {
+    struct Case {
+        const char* mode;
+        std::uint32_t dsi_mode;
+        std::uint32_t mask;
+    };
+    for (const Case& each :
+         {Case{ac4_mode::kMono, 0, 0x2}, Case{ac4_mode::kStereo, 1, 0x1},
+          Case{ac4_mode::k30, 2, 0x3}, Case{ac4_mode::k50, 3, 0x7}, Case{ac4_mode::k51, 4, 0x47},
+          Case{ac4_mode::k70Back, 5, 0x20007}, Case{ac4_mode::k71Back, 6, 0x20047}}) {
+        BuildFrame frame = single_frame(each.mode);
+        frame.groups[0].content = std::nullopt;
+        ASSERT_EQ(update(frame), 0U);
+        DsiRecord box;
+        box.dsi_version = 1;
+        box.bitstream_version = 2;
+        box.fs_index = 1;
+        box.frame_rate_index = 13;
+        box.n_presentations = 1;
+        DsiPresentation only;
+        only.version = 1;
+        only.presentation_config_v1 = 31;
+        only.b_presentation_channel_coded = 1;
+        only.dsi_presentation_ch_mode = each.dsi_mode;
+        only.presentation_channel_mask_v1 = each.mask;
+        only.groups.resize(1);
+        only.groups[0].b_substreams_present = 1;
+        only.groups[0].b_channel_coded = 1;
+        only.groups[0].n_substreams = 1;
+        only.groups[0].substreams.resize(1);
+        only.groups[0].substreams[0].dsi_substream_channel_mask = each.mask;
+        box.presentations = {only};
+        const RecordingSink sink;
+        EXPECT_EQ(ac4_Ac4SpecificBox_comp(&reference_, &box, true, nullptr), Status::kOk);
+        EXPECT_EQ(sink.ids(), std::vector<int>{}) << each.mode;
+        box.presentations[0].b_presentation_core_differs = 1;
+        static_cast<void>(ac4_Ac4SpecificBox_comp(&reference_, &box, true, nullptr));
+        EXPECT_EQ(sink.ids(), std::vector<int>{4442}) << each.mode;
+    }
+}
+
 TEST(GeneratorInstance, NullArgumentsAreRefused) {
     const DescriptorGeneratorConfig config;
     std::uint64_t bytes = 0;

@@ -6,23 +6,6 @@
 
 namespace mediasplit {
 
-std::time_t TestClock::time = 0;
-std::vector<std::uint32_t> TestClock::sleeps;
-
-TestClock::TestClock() {
-    time = 1000;
-    sleeps.clear();
-    player_clock() = {[] { return time; },
-                      [](std::uint32_t seconds) {
-                          sleeps.push_back(seconds);
-                          time += seconds;
-                      }};
-}
-
-TestClock::~TestClock() {
-    player_clock() = former_;
-}
-
 std::string init_segment(std::uint32_t default_sample_duration) {
     std::string bytes = mp4_init();
     // Type, version and flags, track id and description index stand ahead of it.

@@ -9,24 +9,9 @@
 #include <vector>
 
 #include "src/dash_thread/dash_thread.h"
-#include "src/dash_thread/player_clock.h"
 #include "tests/support/worker_run.h"
 
 namespace mediasplit {
-
-// A clock that stands still but for what is slept.
-struct TestClock {
-    TestClock();
-    TestClock(const TestClock&) = delete;
-    TestClock& operator=(const TestClock&) = delete;
-    ~TestClock();
-
-    static std::time_t time;
-    static std::vector<std::uint32_t> sleeps;
-
-private:
-    PlayerClock former_ = player_clock();
-};
 
 // mp4_init() with another default duration of samples.
 std::string init_segment(std::uint32_t default_sample_duration = 0);
@@ -59,7 +44,6 @@ protected:
     // Ids without message 3, which names each file, and without 2054, which the fetcher raises.
     [[nodiscard]] Ids ids() const { return ids_without({3, 2054}); }
 
-    TestClock clock_;
     OutputRegistry outputs_;
 
     std::optional<std::string> keypairs_;

@@ -106,14 +106,14 @@ TEST(Ac4Samples, AnalysisRunsWithoutAnOutput) {
     DsiRecord record = right_record(frame_bytes(1));
     record.fs_index = 0;
     const Walked walked = walk_file(ac4_track(record, {sample(frame_bytes(1))}), false, false);
-    EXPECT_EQ(walked.ids, (Ids{4420, 4414}));
+    EXPECT_EQ(walked.ids, (Ids{4410, 4420, 4414}));
 }
 
 TEST(Ac4Samples, BoxlessEntryIsComparedAsAnEmptyRecord) {
     mp4::TrackSpec track = ac4_track(right_record(frame_bytes(1)), {sample(frame_bytes(1))});
     track.entries = {mp4::audio_entry("ac-4", 2, 16, 48000)};
     const Walked walked = walk_file(track);
-    EXPECT_EQ(walked.ids, (Ids{4415, 4419, 4414}));
+    EXPECT_EQ(walked.ids, (Ids{4402, 4415, 4419, 4414}));
     EXPECT_EQ(walked.output, sync_frame(frame_bytes(1)));
 }
 

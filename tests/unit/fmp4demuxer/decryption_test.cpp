@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
-#include <mbedtls/aes.h>
 
 #include <numeric>
 
+#include "src/fmp4demuxer/sample_decryption.h"
+#include "tests/support/encrypted_track.h"
+#include "tests/support/recording_sink.h"
 #include "tests/unit/fmp4demuxer/demux_run.h"
 
 namespace mediasplit {
@@ -12,112 +14,6 @@ using mp4::Bytes;
 using mp4::SencRow;
 using mp4::SubsampleSpec;
 using mp4::TencSpec;
-
-const Bytes kKid = mp4::hex("a7e61c373e219033c21091fa607bf3b8");
-const Bytes kKey = mp4::hex("76a6c65c5ea762046bd749a2e632ccbb");
-const char* const kKidText = "a7e61c373e219033c21091fa607bf3b8";
-const char* const kKeyText = "76a6c65c5ea762046bd749a2e632ccbb";
-const std::string kPair = std::string(kKidText) + ":" + kKeyText;
-const Bytes kIv8 = mp4::hex("0102030405060708");
-const Bytes kIv16 = mp4::hex("0102030405060708090a0b0c0d0e0f10");
-
-// --- Encryption, in a few lines of its own -----------------------------------------------------
-
-Bytes block_cipher(Bytes block) {
-    mbedtls_aes_context aes;
-    mbedtls_aes_init(&aes);
-    mbedtls_aes_setkey_enc(&aes, kKey.data(), 128);
-    mbedtls_aes_crypt_ecb(&aes, MBEDTLS_AES_ENCRYPT, block.data(), block.data());
-    mbedtls_aes_free(&aes);
-    return block;
-}
-
-// Keystream block `number` for a counter that starts at `iv`, zeros behind it.
-Bytes keystream(const Bytes& iv, std::uint32_t number) {
-    Bytes counter = iv;
-    counter.resize(16, 0);
-    for (std::uint32_t n = 0; n < number; ++n) {
-        for (std::size_t i = 16; i-- > 0 && ++counter[i] == 0;) {
-        }
-    }
-    return block_cipher(counter);
-}
-
-// Encrypts [from, from + count) with the keystream from block `number` on.
-void ctr(Bytes& data, std::size_t from, std::size_t count, const Bytes& iv, std::uint32_t number) {
-    for (std::size_t i = 0; i < count; ++i) {
-        data[from + i] ^= keystream(iv, number + static_cast<std::uint32_t>(i / 16))[i % 16];
-    }
-}
-
-// Encrypts the blocks of [from, from + count) in a chain; `chain` is the block before them.
-void cbc(Bytes& data, std::size_t from, std::size_t count, Bytes& chain) {
-    for (std::size_t at = from; at < from + count; at += 16) {
-        Bytes block(data.begin() + static_cast<std::ptrdiff_t>(at),
-                    data.begin() + static_cast<std::ptrdiff_t>(at + 16));
-        for (std::size_t i = 0; i < 16; ++i) {
-            block[i] ^= chain[i];
-        }
-        chain = block_cipher(block);
-        std::copy(chain.begin(), chain.end(), data.begin() + static_cast<std::ptrdiff_t>(at));
-    }
-}
-
-Bytes padded(Bytes iv) {
-    iv.resize(16, 0);
-    return iv;
-}
-
-Bytes plain_text(std::size_t count) {
-    Bytes bytes(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        bytes[i] = static_cast<std::uint8_t>(i * 5 + 1);
-    }
-    return bytes;
-}
-
-// --- Files ------------------------------------------------------------------------------------
-
-TencSpec tenc_spec(std::uint32_t iv_size) {
-    TencSpec spec;
-    spec.kid = kKid;
-    spec.iv_size = iv_size;
-    return spec;
-}
-
-TencSpec pattern_spec(std::uint32_t crypt, std::uint32_t skip, std::uint32_t iv_size = 0,
-                      std::optional<Bytes> constant_iv = kIv16) {
-    TencSpec spec = tenc_spec(iv_size);
-    spec.version = 1;
-    spec.pattern = crypt << 4 | skip;
-    spec.constant_iv = std::move(constant_iv);
-    return spec;
-}
-
-// Tracks whose samples come out as they stand: video of an unknown codec and AC-3.
-mp4::TrackSpec video(std::string_view scheme, const TencSpec& spec) {
-    mp4::TrackSpec track;
-    track.entries = {mp4::video_entry("encv", 64, 64, {mp4::sinf("s263", scheme, spec)})};
-    track.write_senc = true;
-    return track;
-}
-
-mp4::TrackSpec audio(std::string_view scheme, const TencSpec& spec) {
-    mp4::TrackSpec track;
-    track.handler = "soun";
-    track.entries = {mp4::audio_entry("enca", 2, 16, 48000, {mp4::sinf("ac-3", scheme, spec)})};
-    track.write_senc = true;
-    track.senc_with_subsamples = false;
-    return track;
-}
-
-void add(mp4::TrackSpec& track, Bytes data, Bytes iv = {},
-         std::vector<SubsampleSpec> subsamples = {}) {
-    mp4::SampleSpec spec = sample(std::move(data));
-    spec.senc.iv = std::move(iv);
-    spec.senc.subsamples = std::move(subsamples);
-    track.samples.push_back(std::move(spec));
-}
 
 mp4::MovieSpec movie_of(std::vector<mp4::TrackSpec> tracks) {
     mp4::MovieSpec movie;
@@ -675,6 +571,42 @@ TEST(DecryptionBadInput, ConstantIvOver16BytesIsCut) {
     cbc(data, 0, 32, chain);
     add(track, data);
     EXPECT_EQ(decrypted(track), plain);
+}
+
+// --- What is told of a key that is probably wrong ------------------------------------------------
+
+std::vector<std::string> remarks_on(const Bytes& sample, std::uint8_t length_size_minus_one) {
+    const RecordingSink sink;
+    Mp4Stream stream;
+    stream.track_id = 7;
+    stream.avc_config = std::make_unique<AvcConfig>();
+    stream.avc_config->length_size_minus_one = length_size_minus_one;
+    remark_on_decrypted(stream, sample);
+    return sink.notes();
+}
+
+TEST(DecryptedSamples, OfWholeUnitsAreNotRemarkedOn) {
+    EXPECT_TRUE(remarks_on({0, 0, 0, 2, 0x65, 1, 0, 0, 0, 1, 0x41}, 3).empty());
+    EXPECT_TRUE(remarks_on({0, 1, 0x65, 0, 0}, 1).empty());
+    EXPECT_TRUE(remarks_on({}, 3).empty());
+}
+
+TEST(DecryptedSamples, WhoseLengthsDoNotAddUpAreRemarkedOn) {
+    const std::vector<std::string> expected = {
+        "The NAL unit lengths of decrypted samples of track 7 don't add up to the samples' size: "
+        "the key is probably wrong."};
+    EXPECT_EQ(remarks_on({0, 0, 0, 3, 0x65, 1}, 3), expected);
+    EXPECT_EQ(remarks_on({0xFF, 0xFF, 0xFF, 0xFF, 0x65}, 3), expected);
+    EXPECT_EQ(remarks_on({0, 0, 0, 1, 0x65, 0}, 3), expected);
+    EXPECT_EQ(remarks_on({2, 0x65}, 0), expected);
+}
+
+TEST(DecryptedSamples, OfOtherKindsAreNotRemarkedOn) {
+    const RecordingSink sink;
+    const Mp4Stream stream;
+    const Bytes sample = {0xFF, 0xFF};
+    remark_on_decrypted(stream, sample);
+    EXPECT_TRUE(sink.notes().empty());
 }
 
 }  // namespace

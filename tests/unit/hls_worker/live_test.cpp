@@ -1,8 +1,8 @@
 // Playlists of addresses: fetching, retries, reloads, the wanted duration.
 #include <gtest/gtest.h>
 
-#include "base/osal.h"
 #include "src/hls/segment_source.h"
+#include "src/util/fetcher.h"
 #include "tests/unit/hls_worker/stream_run.h"
 
 namespace mediasplit {
@@ -83,11 +83,75 @@ TEST_F(FetchedStream, SegmentThatFailsThreeTimesEndsTheStream) {
 
 TEST_F(FetchedStream, EachFailedTryIsFollowedByHalfTheDuration) {
     server_.serve(path(0), std::vector<HttpReply>{});
-    const std::uint32_t begin = osal_get_time();
-    follow_address("#EXTINF:2.5,\n0.ts\n");
-    const std::uint32_t took = osal_get_time() - begin;
-    EXPECT_GE(took, 3000U);
-    EXPECT_LT(took, 4500U);
+    for (const char* duration : {"2.5", "1.9", "7", "1000000", "x"}) {
+        follow_address(std::string("#EXTINF:") + duration + ",\n0.ts\n");
+    }
+    // Whole seconds, behind the last try too, and no longer than an answer may take.
+    EXPECT_EQ(TestClock::sleeps,
+              (std::vector<std::uint32_t>{1, 1, 1, 0, 0, 0, 3, 3, 3, 300, 300, 300, 0, 0, 0}));
+    TestClock::sleeps.clear();
+    server_.serve("/a/init.mp4", std::vector<HttpReply>{});
+    follow_address("#EXT-X-MAP:URI=\"init.mp4\"\n");
+    EXPECT_EQ(TestClock::sleeps, (std::vector<std::uint32_t>{1, 1, 1})) << "without a duration";
+}
+
+TEST_F(FetchedStream, SegmentThatNeverEndsIsAFailedTry) {
+    HttpReply stalled;
+    stalled.body = "begin";
+    stalled.stall = true;
+    HttpReply whole;
+    whole.body = ts_segment(sample_text(0));
+    server_.serve(path(0), {stalled, whole});
+    fetch_limits().timeout_seconds = 1;
+    follow_address(playlist(1, "1") + "#EXT-X-ENDLIST\n");
+    fetch_limits() = FetchLimits{};
+    EXPECT_EQ(ids(), (Ids{2054, 2052}));
+    EXPECT_NE(texts(2054).at(0).find("CURL error code: 28"), std::string::npos);
+    EXPECT_EQ(status_, Status::kOk);
+    EXPECT_EQ(output(kAdts), sample_text(0));
+    EXPECT_TRUE(files("tmp").empty());
+}
+
+TEST_F(FetchedStream, InitializationSectionIsTriedThreeTimes) {
+    server_.serve("/a/init.mp4", {{.status = 404}, {.status = 503}, {.body = mp4_init()}});
+    server_.serve("/a/0.m4s", mp4_segment(0));
+    const std::string text = "#EXT-X-MAP:URI=\"init.mp4\"\n#EXTINF:1,\n0.m4s\n#EXT-X-ENDLIST\n";
+    follow_address(text);
+    EXPECT_EQ(ids(), (Ids{2054, 2052, 2054, 2052}));
+    EXPECT_EQ(output("list_init_track_id_1.out.data"), sample_text(0));
+    sink_.clear();
+    server_.serve("/a/init.mp4", std::vector<HttpReply>{});
+    follow_address(text);
+    EXPECT_EQ(ids(), (Ids{2054, 2052, 2054, 2052, 2054, 2052, 4063}));
+    EXPECT_TRUE(has_failed(status_));
+    EXPECT_TRUE(files("tmp").empty());
+}
+
+TEST_F(FetchedStream, CopyThatCannotBeRemovedIsReported) {
+    HttpReply second;
+    second.body = ts_segment(sample_text(1));
+    second.on_request = [] { remove_files("tmp", "segment"); };
+    server_.serve(path(1), {second});
+    follow_address(playlist(3, "1") + "#EXT-X-ENDLIST\n");
+    // The copies of the first segment and of the second are gone; so the second can't be opened.
+    EXPECT_EQ(ids(), (Ids{4063, 11}));
+    EXPECT_TRUE(has_failed(status_));
+    EXPECT_TRUE(texts(11).at(0).ends_with(" (" + server_.url(path(0)) + ")"));
+    EXPECT_EQ(output(kAdts), sample_text(0));
+}
+
+TEST_F(FetchedStream, RedirectedSegmentsAreFollowedUpToTwentyTimes) {
+    for (int i = 0; i < 21; ++i) {
+        server_.serve("/r" + std::to_string(i),
+                      {{.status = 302, .location = "/r" + std::to_string(i + 1)}});
+    }
+    server_.serve("/r21", ts_segment(sample_text(0)));
+    follow_address("#EXTINF:1,\n/../r1\n#EXT-X-ENDLIST\n");
+    EXPECT_EQ(output(kAdts), sample_text(0));
+    EXPECT_EQ(ids(), Ids{});
+    follow_address("#EXTINF:1,\n/../r0\n#EXT-X-ENDLIST\n");
+    EXPECT_EQ(ids(), (Ids{2054, 2052, 2054, 2052, 2054, 2052, 4063}));
+    EXPECT_NE(texts(2054).at(0).find("CURL error code: 47"), std::string::npos);
 }
 
 TEST_F(FetchedStream, ConnectionThatClosesEarlyIsAFailedTry) {
@@ -149,20 +213,25 @@ TEST_F(FetchedStream, GrowingPlaylistAsksForAReload) {
 }
 
 TEST_F(FetchedStream, WaitLastsAtLeastASecond) {
-    const std::uint32_t begin = osal_get_time();
     follow_address("#EXT-X-TARGETDURATION:60\n#EXTINF:1,\n0.ts\n");
-    EXPECT_GE(osal_get_time() - begin, 1000U);
+    EXPECT_EQ(TestClock::sleeps, std::vector<std::uint32_t>{1});
     ASSERT_EQ(sink_.count(1024), 1U);
     EXPECT_NE(texts(1024)[0].find("UPDATE(1001 ms)"), std::string::npos);
 }
 
 TEST_F(FetchedStream, WaitIsWhatIsAheadOfTheTarget) {
     follow_address("#EXT-X-TARGETDURATION:1\n#EXTINF:2,\n0.ts\n#EXTINF:2,\n1.ts\n");
-    // 4 s of media less 1 s, and one second more; the fetches may have taken one.
-    const std::string text = texts(1024).at(0);
-    EXPECT_TRUE(text.find("UPDATE(4000 ms)") != std::string::npos ||
-                text.find("UPDATE(3000 ms)") != std::string::npos)
-        << text;
+    // 4 s of media less 1 s, and one second more.
+    EXPECT_NE(texts(1024).at(0).find("UPDATE(4000 ms)"), std::string::npos);
+    EXPECT_EQ(TestClock::sleeps, std::vector<std::uint32_t>{4});
+    // What the fetches took is waited for no more.
+    HttpReply slow;
+    slow.body = ts_segment(sample_text(0));
+    slow.on_request = [] { TestClock::time += 2; };
+    server_.serve(path(0), {slow});
+    follow_address("#EXT-X-TARGETDURATION:1\n#EXTINF:2,\n0.ts\n#EXTINF:2.5,\n1.ts\n");
+    EXPECT_NE(texts(1024).at(1).find("UPDATE(2500 ms)"), std::string::npos);
+    EXPECT_EQ(TestClock::sleeps, (std::vector<std::uint32_t>{4, 2}));
 }
 
 TEST_F(FetchedStream, SpentDurationEndsTheNextRoundBehindItsFirstSlot) {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,22 +11,11 @@
 
 #include "src/id3demuxer/es_streams.h"
 #include "src/id3demuxer/id3demux.h"
+#include "tests/support/packed_builder.h"
 #include "tests/support/recording_sink.h"
 #include "tests/support/temp_folder.h"
 
 namespace mediasplit {
-
-using Bytes = std::vector<std::uint8_t>;
-
-Bytes joined(std::initializer_list<Bytes> parts);
-Bytes repeated(const Bytes& part, std::size_t count);
-
-// The tag of RFC 8216 3.4 with a time stamp, and `extra` bytes of other frames behind it.
-Bytes id3_tag(std::uint64_t time_stamp, std::size_t extra = 0);
-// A tag of this content, with the size told, or its own.
-Bytes id3_tag_of(const Bytes& content, std::optional<std::uint32_t> size = std::nullopt);
-// The PRIV frame of the time stamp.
-Bytes time_stamp_frame(std::uint64_t time_stamp);
 
 using StreamReader = Status (*)(OutputFile*, InputFile&, ManifestContext*, Loglist*);
 

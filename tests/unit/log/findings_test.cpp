@@ -34,7 +34,7 @@ TEST(Findings, SinkIsToldTextContextStreamAndOutcome) {
     EXPECT_EQ(report.outcome, Outcome::kPrinted);
 }
 
-TEST(Findings, OutcomesTellCollectedFromDropped) {
+TEST(Findings, OutcomesTellWhatBecameOfTheLine) {
     RecordingSink sink;
     const auto loglist = make_loglist();
     static_cast<void>(Logging_err_type_check(loglist.get(), 2039, {}));       // stored
@@ -45,8 +45,8 @@ TEST(Findings, OutcomesTellCollectedFromDropped) {
     for (const RecordedReport& report : sink.reports()) {
         outcomes.push_back(report.outcome);
     }
-    EXPECT_EQ(outcomes, (std::vector<Outcome>{Outcome::kCollected, Outcome::kDropped,
-                                              Outcome::kDropped, Outcome::kDropped}));
+    EXPECT_EQ(outcomes, (std::vector<Outcome>{Outcome::kCollected, Outcome::kRepeated,
+                                              Outcome::kGated, Outcome::kUncollected}));
 }
 
 TEST(Findings, TextLeavesPrefixAndReferenceOut) {

@@ -5,6 +5,7 @@
 #include "base/xml_tree.h"
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/box_table.h"
+#include "tests/support/recording_sink.h"
 #include "tests/unit/mp4demuxer/walk_support.h"
 
 namespace mediasplit::mp4 {
@@ -377,6 +378,7 @@ TEST(BoxWalker, WalksSixtyFourLevels) {
 }
 
 TEST(BoxWalker, RefusesTheTrackBeyondTwoHundredFiftySix) {
+    const RecordingSink sink;
     std::vector<Bytes> traks;
     for (std::uint32_t i = 1; i <= 257; ++i) {
         traks.push_back(box("trak", {tkhd(i)}));
@@ -387,6 +389,8 @@ TEST(BoxWalker, RefusesTheTrackBeyondTwoHundredFiftySix) {
     EXPECT_EQ(result.demuxer->streams.size(), 256U);
     EXPECT_EQ(result.stream(255).track_id, 256U);
     EXPECT_EQ(result.demuxer->timescale, 12U);
+    EXPECT_EQ(sink.notes(),
+              std::vector<std::string>{"A track was dropped: there are more than 256 of them."});
 }
 
 TEST(BoxWalker, IgnoresTrackBoxesOutsideATrack) {

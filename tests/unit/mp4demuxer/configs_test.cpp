@@ -1,4 +1,9 @@
+#include <string>
+#include <string_view>
+
+#include "base/xml_tree.h"
 #include "src/mp4demuxer/handlers.h"
+#include "tests/support/dsi_builder.h"
 #include "tests/support/nal_builder.h"
 #include "tests/support/recording_sink.h"
 #include "tests/unit/mp4demuxer/walk_support.h"
@@ -489,6 +494,45 @@ TEST(PlainConfigurations, BecomeDecoderInformation) {
         EXPECT_EQ(result.stream().dsi, hex("10112f")) << type;
         EXPECT_EQ(result.stream().dsi_size, 3U);
     }
+}
+
+// The first element of a name below `node`, at any depth.
+const Ezxml* find_element(const Ezxml* node, const char* name) {
+    for (const Ezxml* child = node->child; child != nullptr; child = child->ordered) {
+        if (std::string_view(child->name) == name) {
+            return child;
+        }
+        if (const Ezxml* found = find_element(child, name); found != nullptr) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+TEST(Ac4Configuration, StandsInTheTreeOfItsFile) {
+    const Bytes payload = write_dac4(full_dsi_record());
+    const EzxmlPtr tree = ezxml_new("file");
+    const std::unique_ptr<Mp4Demuxer> demuxer = mp4demuxer_create();
+    demuxer->tree_root = tree.get();
+    walk_again(*demuxer,
+               entry_movie("soun", audio_entry("ac-4", 2, 16, 48000, {box("dac4", {payload})})));
+    const Ezxml* dac4 = find_element(tree.get(), "dac4");
+    ASSERT_NE(dac4, nullptr);
+    EXPECT_EQ(ezxml_attr(dac4, "size"), std::to_string(payload.size()));
+    EXPECT_STREQ(ezxml_child(dac4, "n_presentations")->txt, "3");
+    const Ezxml* group = find_element(dac4, "ac4_substream_group_dsi");
+    ASSERT_NE(group, nullptr);
+    EXPECT_STREQ(ezxml_child(group, "n_substreams")->txt, "2");
+    EXPECT_STREQ(find_element(group, "dsi_substream_channel_mask")->txt, "71");
+    std::size_t presentations = 0;
+    for (const Ezxml* child = dac4->child; child != nullptr; child = child->ordered) {
+        presentations += std::string_view(child->name) == "ac4_presentation_dsi" ? 1 : 0;
+    }
+    EXPECT_EQ(presentations, 3U);
+    // The elements carry the identity of the values of this very record.
+    const DsiRecord& record = *demuxer->streams.at(0)->ac4_config;
+    EXPECT_EQ(ezxml_attr(ezxml_child(dac4, "n_presentations"), "ui-id"),
+              std::to_string(reinterpret_cast<std::uintptr_t>(&record.n_presentations)));
 }
 
 TEST(Ac4Configuration, MarksItsBoxAndMakesTheRecord) {

@@ -1,4 +1,5 @@
 #include "src/mp4demuxer/box_reader.h"
+#include "tests/support/recording_sink.h"
 #include "tests/unit/mp4demuxer/walk_support.h"
 
 namespace mediasplit::mp4 {
@@ -204,24 +205,33 @@ TEST(TrackRun, OfNoSamplesLeavesAnEmptyChunk) {
               static_cast<std::uint64_t>(result.demuxer->moof_offset) + 70);
 }
 
+constexpr const char* kDroppedRun =
+    "The samples of a movie fragment were dropped: its run, or the tables that runs add to, are "
+    "larger than they may be.";
+
 TEST(TrackRun, OfTooManySamplesFailsAfterTheTablesHaveGrown) {
+    const RecordingSink sink;
     const WalkResult result = walk_and_listen(
         fragment_movie({moof_of({tfhd(1, 0x18, {u32(1), u32(6)}), trun(0, 65536)})}));
     EXPECT_EQ(result.stream().num_samples, 65536U);
     EXPECT_EQ(result.stream().num_chunks, 1U);
     EXPECT_EQ(result.stream().stts_count, 1U);
     EXPECT_EQ(result.stream().stss_count, 0U);
+    EXPECT_EQ(sink.notes(), std::vector<std::string>{kDroppedRun});
 }
 
 TEST(TrackRun, OfAsManySamplesAsAllowedIsTaken) {
+    const RecordingSink sink;
     const WalkResult result = walk_and_listen(
         fragment_movie({moof_of({tfhd(1, 0x18, {u32(1), u32(6)}), trun(0, 65535)})}));
     EXPECT_EQ(result.stream().num_samples, 65535U);
     EXPECT_EQ(result.sample(65534).size, 6U);
     EXPECT_EQ(result.sample(65534).sync, 1U);
+    EXPECT_TRUE(sink.notes().empty());
 }
 
 TEST(TrackRun, StopsAtTwoMebibytesOfSizes) {
+    const RecordingSink sink;
     std::vector<Bytes> boxes = {tfhd(1, 0x18, {u32(1), u32(6)})};
     for (int i = 0; i < 9; ++i) {
         boxes.push_back(trun(0, 65535));
@@ -232,6 +242,7 @@ TEST(TrackRun, StopsAtTwoMebibytesOfSizes) {
     EXPECT_EQ(result.stream().num_samples, 8U * 65535);
     EXPECT_EQ(result.stream().stts_count, 9U);
     EXPECT_EQ(result.stream().num_chunks, 8U);
+    EXPECT_EQ(sink.notes(), std::vector<std::string>{kDroppedRun});
 }
 
 TEST(TrackRun, StopsAtTwoMebibytesOfDurations) {

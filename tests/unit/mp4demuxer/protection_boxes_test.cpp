@@ -1,3 +1,4 @@
+#include "tests/support/recording_sink.h"
 #include "tests/unit/mp4demuxer/walk_support.h"
 
 namespace mediasplit::mp4 {
@@ -216,12 +217,17 @@ TEST(SampleEncryption, MayHaveRowsWithoutBytes) {
 }
 
 TEST(SampleEncryption, RefusesTooManyRows) {
+    const RecordingSink sink;
     EXPECT_EQ(
         walk_and_listen(senc_movie(0, {box("senc", {u32(0), u32(65535)})})).stream().senc_count,
         65535U);
+    EXPECT_TRUE(sink.notes().empty());
     EXPECT_EQ(
         walk_and_listen(senc_movie(0, {box("senc", {u32(0), u32(65536)})})).stream().senc_count,
         0U);
+    EXPECT_EQ(sink.notes(),
+              std::vector<std::string>{"The encryption data of a fragment's samples was dropped: "
+                                       "it has more than 65,535 rows."});
 }
 
 TEST(SampleEncryption, KeepsTheRowsThatTheBoxHolds) {

@@ -55,7 +55,7 @@ TEST(PrismaCodecList, VeryLongListsAreRead) {
 }
 
 TEST(PrismaCodecList, JoinedListsOfManyRepresentationsAreCut) {
-    Scenario s = profile_8(kInputDash);
+    Scenario s = profile_8_in_two(kInputDash);
     for (int i = 0; i < 50; ++i) {
         s.share(std::string(99, 'x'), 1);
         s.share(std::string(200, 'y'), 1);
@@ -65,7 +65,7 @@ TEST(PrismaCodecList, JoinedListsOfManyRepresentationsAreCut) {
 }
 
 TEST(PrismaCompatibleCodec, BothCodecsInOneList) {
-    Scenario s = profile_8(kInputDash);
+    Scenario s = profile_8_in_two(kInputDash);
     s.representation().shared_init_representations.clear();
     s.set_codecs(std::string("pxhe.08.02,") + kHevcCodec);
     EXPECT_EQ(run(s).text(4113),
@@ -73,15 +73,15 @@ TEST(PrismaCompatibleCodec, BothCodecsInOneList) {
               "backward-compatible codec 'hev1.1.6.L120.90' must not be indicated in the same "
               "\"codecs\" attribute.");
     EXPECT_TRUE(run(s).raised(4115));
-    EXPECT_FALSE(run(profile_8(kInputDash)).raised(4113));
-    Scenario nine = profile_9(kInputDash);
+    EXPECT_FALSE(run(profile_8_in_two(kInputDash)).raised(4113));
+    Scenario nine = profile_9_in_two(kInputDash);
     nine.set_codecs(std::string("pxa1.09.02,") + kAvcCodec);
     EXPECT_TRUE(run(nine).raised(4113));
 }
 
 TEST(PrismaCompatibleCodec, BothCodecsInOneAdaptationSet) {
-    EXPECT_FALSE(run(profile_8(kInputDash)).raised(4123));
-    Scenario s = profile_8(kInputDash);
+    EXPECT_FALSE(run(profile_8_in_two(kInputDash)).raised(4123));
+    Scenario s = profile_8_in_two(kInputDash);
     s.representation().shared_init_representations.front().adaptation_set_index = 0;
     EXPECT_TRUE(run(s).raised(4123));
     Scenario five = profile_5(kInputDash);
@@ -107,18 +107,18 @@ TEST(PrismaCompatibleCodec, IncompatibleStreamsStandAlone) {
 
 TEST(PrismaCompatibleCodec, CompatibleStreamsNeedAnother) {
     for (const std::uint32_t mode : {kInputDash, kInputHls}) {
-        Scenario s = profile_8(mode);
+        Scenario s = profile_8_in_two(mode);
         EXPECT_FALSE(run(s).raised(4115));
         s.representation().shared_init_representations.clear();
         s.context.duplicate_codecs_1.reset();
         EXPECT_TRUE(run(s).raised(4115));
     }
-    Scenario file = profile_8(kInputFile);
+    Scenario file = profile_8_in_two(kInputFile);
     EXPECT_EQ(run(file).evaluated.count(4115), 0U);
 }
 
 TEST(PrismaCompatibleCodec, RepeatedCodecsAreWarnedOf) {
-    Scenario s = profile_8(kInputDash);
+    Scenario s = profile_8_in_two(kInputDash);
     EXPECT_FALSE(run(s).raised(2024));
     EXPECT_FALSE(run(s).raised(2025));
     s.share("pxhe.08.03", 1);

@@ -112,21 +112,66 @@ void Scenario::set_codecs(const std::string& codecs) {
     context.variant_codecs = codecs;
 }
 
-Bytes Scenario::bytes() const {
+void Scenario::set_supplement(const std::string& codec, const std::string& brand) {
+    representation().supplementalCodecs = codec;
+    representation().supplementalProfiles = brand;
+    context.supplemental_codecs = codec + "/" + brand;
+}
+
+void Scenario::drop_supplement() {
+    representation().supplementalCodecs.reset();
+    representation().supplementalProfiles.reset();
+    context.supplemental_codecs.reset();
+}
+
+namespace {
+
+mp4::MovieSpec movie_of(const Scenario& s) {
     mp4::MovieSpec movie;
-    movie.ftyp_box = mp4::ftyp("isom", brands);
+    movie.ftyp_box = mp4::ftyp("isom", s.brands);
     mp4::TrackSpec track;
     track.entries = {
-        mp4::video_entry(entry, 1280, 720,
-                         {codec_box(*this), has_lhvC ? mp4::box("lhvC", {mp4::zeros(6)}) : Bytes{},
-                          prisma_box(*this), colour_box(*this)})};
+        mp4::video_entry(s.entry, 1280, 720,
+                         {codec_box(s), s.has_lhvC ? mp4::box("lhvC", {mp4::zeros(6)}) : Bytes{},
+                          prisma_box(s), colour_box(s)})};
+    if (!s.sample.empty()) {
+        mp4::SampleSpec sample;
+        sample.data = s.sample;
+        sample.duration = 1000 / s.rate;
+        track.samples = {sample};
+    }
     movie.tracks = {track};
-    Bytes file = mp4::plain_file(movie);
-    if (!has_vmhd) {
+    return movie;
+}
+
+Bytes damaged(const Scenario& s, Bytes file) {
+    if (!s.has_vmhd) {
         replace_type(file, "vmhd", "free");
     }
-    replace_type(file, "vide", handler);
+    replace_type(file, "vide", s.handler);
     return file;
+}
+
+}  // namespace
+
+Bytes Scenario::bytes() const {
+    return damaged(*this, mp4::plain_file(movie_of(*this)));
+}
+
+Bytes Scenario::initialization() const {
+    return damaged(*this, mp4::initialization_segment(movie_of(*this)));
+}
+
+void ScenarioResult::take(const RecordingSink& sink) {
+    for (const RecordedReport& report : sink.reports()) {
+        ids.push_back(report.id);
+        texts.push_back(report.text);
+    }
+    for (int id = 1010; id < 4499; ++id) {
+        if (sink.was_evaluated(id)) {
+            evaluated.insert(id);
+        }
+    }
 }
 
 bool ScenarioResult::raised(int id) const {
@@ -165,28 +210,16 @@ ScenarioResult run(Scenario scenario) {
     ScenarioResult result;
     result.status = fmp4demux(&input.file(), &slot, demuxer.get(), nullptr);
     static_cast<void>(fmp4demux_destroy(std::move(demuxer)));
-    for (const RecordedReport& report : sink.reports()) {
-        result.ids.push_back(report.id);
-        result.texts.push_back(report.text);
-    }
-    for (int id = 1010; id < 4499; ++id) {
-        if (sink.was_evaluated(id)) {
-            result.evaluated.insert(id);
-        }
-    }
+    result.take(sink);
     return result;
 }
 
 Scenario profile_8(std::uint32_t mode) {
     Scenario s;
     s.mode = mode;
-    s.set_codecs("pxhe.08.02");
-    s.share(kHevcCodec, 1);
-    s.context.duplicate_codecs_1 = kHevcCodec;
-    s.representation().supplementalCodecs = "pxhe.08.02";
-    s.representation().supplementalProfiles = "pb1p";
+    s.set_codecs(kHevcCodec);
+    s.set_supplement("pxhe.08.02", "pb1p");
     s.representation().segmentProfiles = "chd1";
-    s.context.supplemental_codecs = "pxhe.08.02/pb1p";
     s.context.video_range = "PQ";
     return s;
 }
@@ -196,13 +229,8 @@ Scenario profile_9(std::uint32_t mode) {
     s.entry = "avc1";
     s.profile = 9;
     s.compatible_id = 2;
-    s.set_codecs("pxa1.09.02");
-    s.representation().shared_init_representations.clear();
-    s.share(kAvcCodec, 1);
-    s.context.duplicate_codecs_1 = kAvcCodec;
-    s.representation().supplementalCodecs = "pxa1.09.02";
-    s.representation().supplementalProfiles = "pb2g";
-    s.context.supplemental_codecs = "pxa1.09.02/pb2g";
+    s.set_codecs(kAvcCodec);
+    s.set_supplement("pxa1.09.02", "pb2g");
     s.context.video_range = "SDR";
     return s;
 }
@@ -212,10 +240,35 @@ Scenario profile_10(std::uint32_t mode) {
     s.entry = "av01";
     s.profile = 10;
     s.colr = ColourBox{};
-    s.set_codecs(std::string("pav1.10.02,") + kAv1Codec);
-    s.representation().shared_init_representations.clear();
-    s.representation().supplementalCodecs = "pav1.10.02";
-    s.context.supplemental_codecs = "pav1.10.02/pb1p";
+    s.set_codecs(kAv1Codec);
+    s.set_supplement("pav1.10.02", "pb1p");
+    return s;
+}
+
+Scenario profile_8_in_two(std::uint32_t mode) {
+    Scenario s = profile_8(mode);
+    s.set_codecs("pxhe.08.02");
+    s.share(kHevcCodec, 1);
+    s.context.duplicate_codecs_1 = kHevcCodec;
+    return s;
+}
+
+Scenario profile_9_in_two(std::uint32_t mode) {
+    Scenario s = profile_9(mode);
+    s.set_codecs("pxa1.09.02");
+    s.share(kAvcCodec, 1);
+    s.context.duplicate_codecs_1 = kAvcCodec;
+    return s;
+}
+
+Scenario profile_10_alone(std::uint32_t mode) {
+    Scenario s = profile_10(mode);
+    s.entry = "pav1";
+    s.compatible_id = 0;
+    s.set_codecs("pav1.10.02");
+    s.drop_supplement();
+    s.mpd.xmlns_scte214.reset();
+    s.colr.reset();
     return s;
 }
 
@@ -248,12 +301,15 @@ Scenario profile_20(std::uint32_t mode) {
     return s;
 }
 
-Scenario newer_profile(std::uint32_t profile) {
+Scenario newer_profile(std::uint32_t profile, std::uint32_t mode) {
     Scenario s;
+    s.mode = mode;
     s.profile = profile;
     s.entry = profile == 32 ? "pavc" : "pxh8";
     s.config_box = "pxwC";
     s.compatible_id = 3;
+    // Nothing is known of how manifests name these; the entry's family is looked for.
+    s.set_codecs(profile == 32 ? "pavc.32.02" : "pxh1.34.02");
     return s;
 }
 

@@ -11,6 +11,7 @@
 #include "src/fmp4demuxer/fmp4demux.h"
 #include "src/records/manifest_context.h"
 #include "tests/support/mp4_builder.h"
+#include "tests/support/recording_sink.h"
 
 namespace mediasplit {
 
@@ -19,6 +20,13 @@ struct ColourBox {
     std::uint16_t primaries = 9;
     std::uint16_t transfer = 16;
     std::uint16_t matrix = 9;
+};
+
+// Files from elsewhere.
+struct ScenarioFiles {
+    mp4::Bytes whole{};
+    mp4::Bytes initialization{};
+    mp4::Bytes segment{};
 };
 
 struct Scenario {
@@ -51,6 +59,9 @@ struct Scenario {
     std::vector<std::string> checkpoints{"210000", "330000", "430000", "310000",
                                          "410000", "440000", "450000"};
     std::uint32_t slot_kind = 2;  // an initialization segment
+    mp4::Bytes sample{};          // the only one of the track; without bytes there is none
+
+    std::optional<ScenarioFiles> files{};  // in place of those built; for whole runs only
 
     DashInfo mpd{};  // one Period, two AdaptationSets
     ManifestContext context{};
@@ -62,8 +73,13 @@ struct Scenario {
     // A Representation with the same initialization segment.
     void share(const std::string& codecs, std::uint32_t adaptation_set_index);
     void set_codecs(const std::string& codecs);
+    // Names the enhancement codec beside the base layer's: in a Representation bare.
+    void set_supplement(const std::string& codec, const std::string& brand);
+    void drop_supplement();
 
+    // The whole file, and the same as an initialization segment.
     [[nodiscard]] mp4::Bytes bytes() const;
+    [[nodiscard]] mp4::Bytes initialization() const;
 };
 
 struct ScenarioResult {
@@ -71,21 +87,38 @@ struct ScenarioResult {
     std::vector<std::string> texts{};
     std::set<int> evaluated{};
     Status status = Status::kOk;
+    void take(const RecordingSink& sink);
     [[nodiscard]] bool raised(int id) const;
     [[nodiscard]] std::string text(int id) const;
 };
 
+// Runs the driver over the file, with the records of the manifest as the scenario has them.
 ScenarioResult run(Scenario scenario);
 
-// Streams that break no rule of their profile but those that name the base layer in a playlist,
-// where one rule wants what another forbids.
+// Writes file and manifest into a folder and runs the program on them, with its own checkpoints.
+ScenarioResult run_program_on(const Scenario& scenario);
+
+// Streams that break no rule of their profile. Those that are backward compatible stand once in the
+// manifest, by the codec of their base layer, with the enhancement codec as supplement.
 Scenario profile_8(std::uint32_t mode);
 Scenario profile_9(std::uint32_t mode);
 Scenario profile_10(std::uint32_t mode);
 Scenario profile_5(std::uint32_t mode);
 Scenario profile_4(std::uint32_t mode);
 Scenario profile_20(std::uint32_t mode);
-Scenario newer_profile(std::uint32_t profile);
+Scenario newer_profile(std::uint32_t profile, std::uint32_t mode = kInputFile);
+inline Scenario profile_32(std::uint32_t mode) {
+    return newer_profile(32, mode);
+}
+inline Scenario profile_34(std::uint32_t mode) {
+    return newer_profile(34, mode);
+}
+
+// The same streams where the manifest names each of the two codecs in a place of its own.
+Scenario profile_8_in_two(std::uint32_t mode);
+Scenario profile_9_in_two(std::uint32_t mode);
+// An AV1 stream without base layer.
+Scenario profile_10_alone(std::uint32_t mode);
 
 inline constexpr const char* kHevcCodec = "hev1.1.6.L120.90";
 inline constexpr const char* kAvcCodec = "avc1.64001f";

@@ -84,7 +84,11 @@ TEST(StreamSelection, EleventhAudioStreamIsDropped) {
     for (std::uint16_t i = 0; i < 12; ++i) {
         streams.push_back({0x0F, static_cast<std::uint16_t>(0x200 + i), {}});
     }
-    EXPECT_EQ(select(streams).files.size(), 10U);
+    const TsRun run = select(streams);
+    EXPECT_EQ(run.files.size(), 10U);
+    const std::string note =
+        "A program has more audio streams than can be taken apart; one was dropped.";
+    EXPECT_EQ(run.notes, Names(2, note));
 }
 
 TEST(StreamSelection, FilterKeepsOnePid) {
@@ -175,7 +179,9 @@ TEST(Programs, HundredStreamsAreKept) {
     }
     add_stream(streams, 0x0F, 0x300);
     add_stream(streams, 0x0F, 0x301);
-    EXPECT_EQ(names(demux(long_table({}, streams))), Names{"main_PID_768.out.adts"});
+    const TsRun run = demux(long_table({}, streams));
+    EXPECT_EQ(names(run), Names{"main_PID_768.out.adts"});
+    EXPECT_EQ(run.notes, Names{"A program has more than 100 streams; the others were dropped."});
 }
 
 TEST(Programs, TenDescriptorsOfAStreamAreKept) {
@@ -293,7 +299,10 @@ TEST(Sections, MoreTablesThanThereIsRoomForAreDropped) {
         builder.pmt(program.pid, program.number,
                     {{0x0F, static_cast<std::uint16_t>(program.pid + 0x100), {}}});
     }
-    EXPECT_EQ(names(demux(builder.bytes())), Names{"main_PID_512.out.adts"});
+    const TsRun run = demux(builder.bytes());
+    EXPECT_EQ(names(run), Names{"main_PID_512.out.adts"});
+    EXPECT_EQ(run.notes,
+              Names{"The transport stream has more than 10 programs; the others were dropped."});
 }
 
 TEST(Sections, TableThatNamesReservedPidsEnds) {

@@ -81,6 +81,7 @@ TsRun demux_series(const std::vector<Bytes>& inputs, const TsRunOptions& options
         run.files[entry.path().filename().string()] = read_file(entry.path());
     }
     run.reports = sink.reports();
+    run.notes = sink.notes();
     return run;
 }
 

@@ -17,6 +17,7 @@ struct TsRun {
     Status status = Status::kOk;
     std::map<std::string, Bytes> files{};  // outputs by name
     std::vector<RecordedReport> reports{};
+    std::vector<std::string> notes{};
     TsSegmentSummary summary{};
 
     [[nodiscard]] std::size_t count(int id) const;

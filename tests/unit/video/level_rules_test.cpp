@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 #include "tests/support/recording_sink.h"
@@ -16,9 +17,9 @@ struct LevelCase {
     std::uint32_t level;
 };
 
-class LevelTable : public ::testing::TestWithParam<LevelCase> {};
+class LevelSizes : public ::testing::TestWithParam<LevelCase> {};
 
-TEST_P(LevelTable, GivesTheLowestLevelThatHolds) {
+TEST_P(LevelSizes, GivesTheLowestLevelThatHolds) {
     const LevelCase& c = GetParam();
     EXPECT_EQ(px_level_of(c.width, c.height, c.frame_rate), c.level);
     const RecordingSink sink;
@@ -30,7 +31,7 @@ TEST_P(LevelTable, GivesTheLowestLevelThatHolds) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Rows, LevelTable,
+    Rows, LevelSizes,
     ::testing::Values(
         LevelCase{1280, 720, 24, 1}, LevelCase{1280, 720, 24.5F, 2}, LevelCase{1280, 720, 30, 2},
         LevelCase{1280, 720, 30.5F, 3}, LevelCase{1281, 720, 1, 3}, LevelCase{1920, 1080, 24, 3},
@@ -42,6 +43,36 @@ INSTANTIATE_TEST_SUITE_P(
         LevelCase{3840, 2160, 120, 10}, LevelCase{3841, 16, 1, 11}, LevelCase{7680, 4320, 30, 11},
         LevelCase{7680, 4320, 31, 12}, LevelCase{7680, 4320, 60, 12}, LevelCase{7680, 4320, 61, 13},
         LevelCase{7680, 4320, 120, 13}, LevelCase{7680, 4320, 121, 0}, LevelCase{7681, 16, 1, 0}));
+
+// The table once more: samples a second and width that a level reaches, and its successor where
+// either is passed.
+struct LevelRow {
+    std::uint32_t level;
+    float samples;
+    std::uint32_t width;
+    std::uint32_t beyond_samples;
+    std::uint32_t beyond_width;
+};
+
+TEST(LevelTable, RowByRow) {
+    constexpr LevelRow kRows[] = {
+        {1, 22118400, 1280, 2, 3},     {2, 27648000, 1280, 3, 3},    {3, 49766400, 1920, 4, 4},
+        {4, 62208000, 2560, 5, 5},     {5, 124416000, 3840, 6, 11},  {6, 199065600, 3840, 7, 11},
+        {7, 248832000, 3840, 8, 11},   {8, 398131200, 3840, 9, 11},  {9, 497664000, 3840, 10, 11},
+        {10, 995328000, 3840, 12, 11}, {11, 995328000, 7680, 12, 0}, {12, 1990656000, 7680, 13, 0},
+        {13, 3981312000, 7680, 0, 0},
+    };
+    for (const LevelRow& row : kRows) {
+        // One line of pictures; the rate alone makes the samples of a second.
+        const float rate = row.samples / static_cast<float>(row.width);
+        ASSERT_EQ(static_cast<float>(row.width) * rate, row.samples) << row.level;
+        EXPECT_EQ(px_level_of(row.width, 1, rate), row.level);
+        const float more = std::nextafter(rate * 1.000001F, 1e30F);
+        EXPECT_EQ(px_level_of(row.width, 1, more), row.beyond_samples) << row.level;
+        const float same = row.samples / static_cast<float>(row.width + 1) * 0.999999F;
+        EXPECT_EQ(px_level_of(row.width + 1, 1, same), row.beyond_width) << row.level;
+    }
+}
 
 TEST(CheckPxLevel, MessageNamesLevelSizeAndRate) {
     const RecordingSink sink;

@@ -8,6 +8,7 @@
 #include "src/main/checkpoints.h"
 #include "src/main/flows/flows.h"
 #include "src/records/run_options.h"
+#include "tests/support/encrypted_track.h"
 #include "tests/support/http_server.h"
 #include "tests/support/mp4_builder.h"
 #include "tests/support/recording_sink.h"
@@ -248,6 +249,67 @@ TEST_F(HlsFlow, RenditionsOfAc4AreTimedAgainstEachOther) {
     (void)run_local(text);
     EXPECT_EQ(sink_.count(4109), 0U);
     EXPECT_TRUE(sink_.was_evaluated(4109));
+}
+
+// Two groups of AC-4 renditions, whose first streams differ from the others; each stream has a
+// segment that it can't read, too.
+TEST_F(HlsFlow, ManyStreamsWithFindingsRunInTimingGroups) {
+    constexpr std::size_t kRenditions = 15;  // of each group
+    constexpr std::size_t kPairsOfTheFirst = kRenditions - 1;
+    constexpr std::size_t kSegmentsButTheLast = 3;
+    std::string text;
+    (void)folder_.write("raw.ac3", "\x0B\x77 raw frames");
+    for (const std::string group : {"g", "h"}) {
+        for (std::size_t i = 0; i < kRenditions; ++i) {
+            const std::string name = group + std::to_string(i);
+            add_mp4(name, "zzzz", i == 0 ? 2500 : 2000);
+            const std::string list = read_file(folder_.path(name + ".m3u8"));
+            (void)folder_.write(name + ".m3u8", "#EXTINF:1,\nraw.ac3\n" + list);
+            text += "#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID=\"" + group + "\",NAME=\"" + name +
+                    "\",URI=\"" + name + ".m3u8\"\n";
+        }
+        // The stream itself has no timing.
+        add_ts("v" + group);
+        text +=
+            "#EXT-X-STREAM-INF:BANDWIDTH=1,FRAME-RATE=25,CODECS=\"avc1.42c00d,ac-4.02.01.00\"," +
+            ("AUDIO=\"" + group + "\"\nv" + group + ".m3u8\n");
+    }
+    EXPECT_FALSE(has_failed(run_local(text)));
+    EXPECT_EQ(sink_.count(2015), 2 * kRenditions);
+    EXPECT_EQ(sink_.count(4109), 2 * kPairsOfTheFirst * kSegmentsButTheLast);
+    EXPECT_EQ(sink_.count(2050), 0U);
+    // What stands on the disk is whole: one file for each stream.
+    EXPECT_EQ(outputs().size(), 2 * kRenditions + 2);
+    EXPECT_EQ(read_file("out/" + outputs().front()).size(), 4 * std::string("g0").size());
+}
+
+// Renditions with keys of their own, on a thread each.
+TEST_F(HlsFlow, EncryptedRenditionsAreDecryptedSideBySide) {
+    std::string text;
+    const mp4::Bytes clear = plain_text(100);
+    for (const std::string name : {"one", "two", "three"}) {
+        mp4::TrackSpec track = video("cenc", tenc_spec(8));
+        mp4::Bytes data = clear;
+        ctr(data, 10, 90, kIv8, 0);
+        mediasplit::add(track, data, kIv8, {{10, 90}});
+        mp4::MovieSpec movie;
+        movie.tracks = {track};
+        add(name + "_init.mp4", as_text(mp4::initialization_segment(movie)));
+        add(name + ".m4s", as_text(mp4::media_segment(movie, 0, 1, 0)));
+        add(name + ".m3u8", "#EXT-X-MAP:URI=\"" + name + "_init.mp4\"\n#EXTINF:2,\n" + name +
+                                ".m4s\n#EXT-X-ENDLIST\n");
+        text += "#EXT-X-STREAM-INF:BANDWIDTH=1,FRAME-RATE=25,CODECS=\"s263\"\n" + name + ".m3u8\n";
+    }
+    g_keypairs = kPair;
+    EXPECT_FALSE(has_failed(run_address(text)));
+    EXPECT_EQ(outputs().size(), 3U);
+    for (const std::string& name : outputs()) {
+        EXPECT_EQ(read_file("out/" + name), as_text(clear)) << name;
+    }
+    g_keypairs = "ffffffffffffffffffffffffffffffff:00";
+    sink_.clear();
+    EXPECT_TRUE(has_failed(run_address(text)));
+    EXPECT_EQ(sink_.count(4012), 6U);  // of each file
 }
 
 }  // namespace
