@@ -1,6 +1,7 @@
 #include "tests/unit/dash_thread/dash_run.h"
 
 #include <cstdio>
+#include <mutex>
 
 #include "tests/support/mp4_builder.h"
 
