@@ -1,7 +1,6 @@
 #include "tests/unit/dash_thread/dash_run.h"
 
 #include <cstdio>
-#include <mutex>
 
 #include "tests/support/mp4_builder.h"
 
