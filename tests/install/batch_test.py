@@ -273,8 +273,9 @@ class MergeTest(BatchTest):
 @unittest.skipIf(missing("shellcheck"), "shellcheck isn't installed")
 class LintTest(unittest.TestCase):
     def test_scripts_are_clean(self):
-        scripts = [os.path.join(BATCH, name) for name in os.listdir(BATCH) if name.endswith(".sh")]
-        self.assertGreater(len(scripts), 3)
+        scripts = [os.path.join(folder, name) for folder in (BATCH, os.path.join(REPOSITORY, "scripts"))
+                   for name in os.listdir(folder) if name.endswith(".sh")]
+        self.assertGreater(len(scripts), 8)
         done = subprocess.run(["shellcheck", *scripts], stdout=subprocess.PIPE, timeout=60)
         self.assertEqual(done.stdout.decode(), "")
 

@@ -15,7 +15,7 @@ PROGRAMS = [os.path.basename(program) for program in os.environ["MEDIASPLIT_PROG
 EPOCH = 1700000000  # 14 November 2023, 22:13:20 UTC
 
 DOCUMENTATION = ("README.md", "changelog.gz", "changelog.Debian.gz", "copyright", "docs/batch.md", "docs/findings.md",
-                 "docs/messages.md", "examples/clip.mp4")
+                 "docs/findings.png", "docs/findings-schema.json", "docs/messages.md", "examples/clip.mp4")
 
 
 def output_of(*words, **options):

@@ -102,6 +102,14 @@ class PagesTest(unittest.TestCase):
         for line in explained:
             self.assertIn(line.rstrip("."), shapes)
 
+    def test_files_that_the_pages_name_are_there(self):
+        for page in ("ARCHITECTURE.md", "CONTRIBUTING.md", os.path.join("docs", "batch.md")):
+            named = set(re.findall(r"`((?:src|tests|packaging|scripts|docs|batch|tools|base)/[\w./-]+)`", page_text(page)))
+            self.assertTrue(named or page != "CONTRIBUTING.md")
+            for path in named:
+                if "flac" not in path:  # what the walk through a new codec makes
+                    self.assertTrue(os.path.exists(os.path.join(REPOSITORY, path)), "%s names %s" % (page, path))
+
     def test_links_between_pages_lead_somewhere(self):
         pages = [name for name in os.listdir(REPOSITORY) if name.endswith(".md")]
         pages += [os.path.join("docs", name) for name in os.listdir(os.path.join(REPOSITORY, "docs"))
