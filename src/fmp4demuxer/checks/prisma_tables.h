@@ -150,17 +150,21 @@ struct BrandRow {
     std::uint32_t profile;
     std::uint32_t compatible_id;
     std::uint32_t transfer;
-    std::string_view name;
-    std::uint32_t brand;
+    std::string_view brand;
 };
 
 inline constexpr BrandRow kBrands[] = {
-    {9, kAny, kAny, "pb2g", fourcc("pb2g")},  // SDR
-    {kAny, 1, kAny, "pb1p", fourcc("pb1p")},  // PQ
-    {kAny, 2, kAny, "pb2g", fourcc("pb2g")},  // SDR
-    {kAny, 4, 14, "pb4g", fourcc("pb4g")},    // HLG, told as ITU-R BT.2020
-    {kAny, 4, 18, "pb4h", fourcc("pb4h")},    // HLG
+    {9, kAny, kAny, "pb2g"},  // SDR
+    {kAny, 1, kAny, "pb1p"},  // PQ
+    {kAny, 2, kAny, "pb2g"},  // SDR
+    {kAny, 4, 14, "pb4g"},    // HLG, told as ITU-R BT.2020
+    {kAny, 4, 18, "pb4h"},    // HLG
 };
+
+constexpr std::uint32_t code_of(const BrandRow& row) {
+    const char text[5] = {row.brand[0], row.brand[1], row.brand[2], row.brand[3], 0};
+    return fourcc(text);
+}
 
 // Null if nothing tells.
 constexpr const BrandRow* brand_of(std::uint32_t profile, std::uint32_t compatible_id,
