@@ -175,7 +175,7 @@ std::string av1_text(const Bytes& file) {
     const std::size_t at = type_at(file, "av1C") + 4;
     const unsigned chroma = file[at + 2];
     return text_of("av01.%u.%02u%c.%02u.%u.%u%u%u",
-                   {file[at + 1] >> 5U, file[at + 1] & 0x1FU,
+                   {unsigned{file[at + 1]} >> 5, file[at + 1] & 0x1FU,
                     (chroma & 0x80) != 0 ? unsigned{'H'} : unsigned{'M'},
                     (chroma & 0x40) != 0 ? 10U : 8U, chroma >> 4 & 1, chroma >> 3 & 1,
                     chroma >> 2 & 1, chroma & 3}) +
