@@ -53,6 +53,9 @@ Written by `make bench`; `bench/whole_program.py` makes the inputs and tells the
 the contenders take turns; inputs and outputs in the page cache. "ours/this" above 1 means that mediasplit takes longer
 than the line's program. Nothing here is a limit that a test holds.
 
+The floors: `cp` copies inside the kernel, `dd` reads and writes every byte, as a program must that looks at them,
+`openssl` is the bare cipher, `cksum` one pass with a check word, `cat` one pass.
+
 Machine: %s.
 
 | Input | Program | Wall s | Processor s | Peak MiB | Ours/this, wall | Ours/this, processor |

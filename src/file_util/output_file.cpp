@@ -1,6 +1,7 @@
 #include "src/file_util/output_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -32,6 +33,12 @@ int open_flags(std::string_view mode) {
         return O_WRONLY | O_CREAT | O_APPEND;
     }
     return -1;
+}
+
+// The file was removed since it was opened: nobody will see its bytes.
+bool is_gone(int descriptor) {
+    struct stat info {};
+    return ::fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode) && info.st_nlink == 0;
 }
 
 }  // namespace
@@ -90,9 +97,8 @@ bool OutputFile::flush() {
 bool OutputFile::close() {
     flush();
     if (descriptor_ >= 0) {
-        if (::close(descriptor_) != 0) {
-            failed_ = true;
-        }
+        failed_ = is_gone(descriptor_) || failed_;
+        failed_ = ::close(descriptor_) != 0 || failed_;
         descriptor_ = -1;
         buffer_.reset();
     }

@@ -26,7 +26,8 @@ public:
     bool write(std::span<const std::uint8_t> bytes);
     // Hands everything to the system.
     bool flush();
-    // Flushes and closes; further calls change nothing. True if every byte was written.
+    // Flushes and closes; further calls change nothing. True if every byte was written and the file
+    // is still there.
     bool close();
     [[nodiscard]] bool failed() const { return failed_; }
     // Bytes taken by write() so far.

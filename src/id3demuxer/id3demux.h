@@ -21,10 +21,10 @@ enum class PackedKind : std::uint32_t { kNone = 0, kAc3 = 7, kEac3 = 8, kAac = 9
 // Takes one segment apart: reads the tag (4076), reports its time stamp (message 12, ticks of
 // 90 kHz), holds the audio against CODECS and CHANNELS of `context` and writes it to a file in
 // `output_dir`. The file is made anew with `new_file`, otherwise added to; `outputs`, if given,
-// decides that by whether it was opened before. Without a folder nothing is written. `slot` and `context` may be null; what the audio turns out to be is put into
-// `context`. `file` stands at the first byte of the segment, or is reopened with the byte range of
-// `slot`; null raises 4063. The OR of all reports; kFailed too if an output can't be written in
-// full.
+// decides that by whether it was opened before. Without a folder nothing is written. `slot` and
+// `context` may be null; what the audio turns out to be is put into `context`. `file` stands at the
+// first byte of the segment, or is reopened with the byte range of `slot`; null raises 4063. The OR
+// of all reports; kFailed too if an output can't be written in full.
 // Deliberate: audio of an unknown kind isn't an error and gives kOk, whatever was reported before.
 [[nodiscard]] Status id3demux(InputFile* file, const SegmentSlot* slot, OptText output_dir,
                               OptText name, bool new_file, ManifestContext* context,

@@ -116,17 +116,23 @@ class LostFolderTest(DiskFaultTest):
         self.assertFalse(os.path.exists(self.path("out")))
         self.assertEqual(self.files("tmp"), [])
 
-    def test_folder_removed_while_a_file_is_open_is_no_loss_that_can_be_seen(self):
-        """What is open goes on to be written, as everywhere on this system; the run ends by itself."""
-        content = mp4([samples(b"a", 64, MEGABYTE // 4)])
-        self.write("film.mp4", content)
+    def test_folder_removed_while_its_files_are_written_fails_the_run(self):
+        self.write("film.mp4", mp4([samples(b"a", 64, MEGABYTE // 4), samples(b"b", 64, 100)]))
+        self.run_program("-i", "film.mp4", "-o", "out")
+        # A full pipe in place of the first stream's file holds the run where it is.
+        held = self.files("out")[0]
+        os.remove(self.path("out", held))
+        os.mkfifo(self.path("out", held))
         process = self.start("-i", "film.mp4", "-o", "out")
-        while not os.path.isdir(self.path("out")) and process.poll() is None:
-            pass
-        shutil.rmtree(self.path("out"), ignore_errors=True)
+        with open(self.path("out", held), "rb") as pipe:
+            pipe.read(1)
+            shutil.rmtree(self.path("out"))
+            while pipe.read(MEGABYTE):
+                pass
         status, out, err = self.wait(process)
-        self.assertIn(status, [0, 1], out + err)
-        self.assertRegex(out, "(Succeed|Failed) to demultiplex film.mp4\n$")
+        self.assertEqual(status, 1, out + err)
+        self.assertIn("fail to write data [size : 6400 bytes]", err)
+        self.assertTrue(out.endswith("Failed to demultiplex film.mp4\n"), out)
 
     def test_other_streams_stay_whole(self):
         os.mkdir(self.path("out"))

@@ -11,7 +11,6 @@ from inputs import ts
 from program import CLIP, ProgramTest
 from scripted_server import ScriptedServer
 
-
 AUDIO = ('#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="g",LANGUAGE="en",NAME="n",CHANNELS="2",URI="audio.m3u8"\n')
 STREAM = '#EXT-X-STREAM-INF:BANDWIDTH=%d,FRAME-RATE=25,CODECS="avc1.42c00d,mp4a.40.2",AUDIO="g"\n%s.m3u8\n'
 MASTER = "#EXTM3U\n" + AUDIO + STREAM % (1000, "low") + STREAM % (2000, "high")

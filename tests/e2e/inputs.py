@@ -46,6 +46,32 @@ def samples(name, count, size):
     return [((b"%s %d " % (name, i)) * (size // 4))[:size] for i in range(count)]
 
 
+# ---- fragmented files -------------------------------------------------------------------------------
+
+def words(*values):
+    return struct.pack(">%dI" % len(values), *values)
+
+
+def initialization():
+    """A track of a coding that nothing is known of: its samples come out as they are."""
+    tables = [box(b"stsd", words(0, 1), box(b"zzzz", bytes(78)))]
+    tables += [box(kind, words(0, 0)) for kind in (b"stts", b"stsc", b"stco")] + [box(b"stsz", words(0, 0, 0))]
+    media = box(b"mdia", box(b"mdhd", words(0, 0, 0, 1000, 0), b"\x55\xc4\0\0"), box(b"hdlr", words(0, 0), b"vide", bytes(13)),
+                box(b"minf", box(b"stbl", *tables)))
+    track = box(b"trak", box(b"tkhd", words(0, 0, 0, 1), bytes(68)), media)
+    return box(b"ftyp", b"isom", words(1), b"isom") + box(
+        b"moov", box(b"mvhd", words(0, 0, 0, 1000, 0), bytes(80)), track, box(b"mvex", box(b"trex", words(0, 1, 1, 0, 0, 0))))
+
+
+def segment(text, duration=2000):
+    """One sample."""
+    def moof(offset):
+        trun = box(b"trun", words(0x301, 1, offset, duration, len(text)))
+        return box(b"moof", box(b"mfhd", words(0, 1)), box(b"traf", box(b"tfhd", words(0x20000, 1)), trun))
+
+    return moof(len(moof(0)) + 8) + box(b"mdat", text)
+
+
 # ---- transport streams ------------------------------------------------------------------------------
 
 def packet(pid, start, payload, counter=0):

@@ -7,7 +7,7 @@ import threading
 import time
 import unittest
 
-from inputs import ts
+from inputs import initialization, segment, ts
 from program import MEDIASPLIT, ProgramTest
 from raw_server import RawServer
 
@@ -226,6 +226,20 @@ class ManyStreamsTest(ServerFaultTest):
                                   preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (64, hard)))
         self.expect(result, 0, err="")
         self.assertEqual(len(self.files("out")), 500)
+
+    def test_500_representations_at_once(self):
+        names = ["r%d" % i for i in range(500)]
+        text = '<MPD><Period duration="PT4S"><AdaptationSet mimeType="video/mp4">'
+        for name in names:
+            text += ('<Representation id="%s" bandwidth="1"><SegmentTemplate initialization="%s_i.mp4" '
+                     'media="%s_$Number$.m4s" duration="2"/></Representation>' % (name, name, name))
+            self.server.answers["/%s_i.mp4" % name] = initialization()
+            for n in 1, 2:
+                self.server.answers["/%s_%d.m4s" % (name, n)] = segment(b"%s %d." % (name.encode(), n))
+        self.server.answers["/stream.mpd"] = (text + "</AdaptationSet></Period></MPD>").encode()
+        self.split("/stream.mpd", 0)
+        self.assertEqual(sorted(self.read("out", name) for name in self.files("out")),
+                         sorted(b"%s 1.%s 2." % (name.encode(), name.encode()) for name in names))
 
     def test_limit_of_64_open_files(self):
         count = 200

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <random>
 
 #include "tests/support/recording_sink.h"
@@ -142,6 +143,26 @@ TEST_F(OutputFileTest, RegistryForgetsAPathThatCouldNotBeOpened) {
     OutputRegistry registry;
     EXPECT_FALSE(registry.open(folder_.path("none/out")));
     EXPECT_STREQ(registry.mode_for(folder_.path("none/out")), "wb");
+}
+
+TEST(OutputFile, FileThatWasRemovedMeanwhileIsNotWhole) {
+    const TempFolder folder;
+    const std::string path = folder.path("a");
+    const auto file = fileOpen_lstr(path, "wb");
+    ASSERT_NE(file, nullptr);
+    const std::uint8_t bytes[] = {1, 2, 3};
+    EXPECT_TRUE(file->write(bytes));
+    std::filesystem::remove(path);
+    EXPECT_FALSE(file->close());
+    EXPECT_TRUE(file->failed());
+}
+
+TEST(OutputFile, FileThatWasMovedMeanwhileIsWhole) {
+    const TempFolder folder;
+    const auto file = fileOpen_lstr(folder.path("a"), "wb");
+    ASSERT_NE(file, nullptr);
+    std::filesystem::rename(folder.path("a"), folder.path("b"));
+    EXPECT_TRUE(file->close());
 }
 
 }  // namespace
