@@ -16,6 +16,20 @@ std::string_view prefix_of(std::string_view base) {
     return base.substr(0, at + 1).substr(0, kLongestUrlPrefix);
 }
 
+// The text of a BaseURL element; none if it has none. An address has no blanks around it: those of
+// an indented element belong to the layout (XML Schema part 2, 3.2.17).
+OptText address_of(const Ezxml* node) {
+    if (node->txt == nullptr) {
+        return {};
+    }
+    constexpr std::string_view kBlanks = " \t\r\n";
+    const std::string_view text = node->txt;
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    return first == std::string_view::npos
+               ? text.substr(0, 0)
+               : text.substr(first, text.find_last_not_of(kBlanks) + 1 - first);
+}
+
 // Collects a level's entries up to the limits of a list.
 class BaseUrlCollector {
 public:
@@ -86,10 +100,11 @@ BaseUrls get_mpd_baseURLs(OptText manifest_url, const Ezxml* mpd) {
         entries.add(manifest_url.str());
     }
     for (; node != nullptr && !entries.full(); node = node->next) {
-        if (node->txt == nullptr || check_absolute_url(node->txt) == 0) {
-            entries.add(OptText(node->txt).str());
+        const OptText address = address_of(node);
+        if (!address || check_absolute_url(address) == 0) {
+            entries.add(address.str());
         } else {
-            entries.add_merged(manifest_url, node->txt);
+            entries.add_merged(manifest_url, address);
         }
     }
     return entries.take();
@@ -102,13 +117,13 @@ BaseUrls get_cur_level_baseURLs(const BaseUrls& parent, const Ezxml* node) {
     }
     BaseUrlCollector entries;
     for (; child != nullptr && !entries.full(); child = child->next) {
-        const char* const text = child->txt == nullptr ? "" : child->txt;
-        if (check_absolute_url(text) == 0) {
-            entries.add(text);
+        const std::string_view address = address_of(child).view();
+        if (check_absolute_url(address) == 0) {
+            entries.add(std::string(address));
             continue;
         }
         for (std::size_t i = 0; i < parent.size() && !entries.full(); ++i) {
-            entries.add_merged(parent[i], text);
+            entries.add_merged(parent[i], address);
         }
     }
     return entries.take();

@@ -122,6 +122,21 @@ TEST(BaseUrls, AnEmptyElementIsTheParentsFolder) {
     EXPECT_EQ(mpd.info->periods[0].base_urls[0], "http://host/dir/");
 }
 
+TEST(BaseUrls, BlanksAroundAnAddressAreLayout) {
+    MpdReading mpd(
+        in_mpd("<BaseURL>\n\t a b/\r\n </BaseURL><BaseURL>\n http://z/ </BaseURL>"
+               "<Period><BaseURL> \n </BaseURL><AdaptationSet><BaseURL>\n  /abs/\n</BaseURL>"
+               "<Representation id='1' bandwidth='1'><BaseURL>\n  v.mp4\n</BaseURL>"
+               "</Representation></AdaptationSet></Period>"));
+    mpd.read();
+    EXPECT_EQ(mpd.info->base_urls[0], "http://host/dir/a b/");
+    EXPECT_EQ(mpd.info->base_urls[1], "http://z/");
+    const DashPeriodInfo& period = mpd.info->periods[0];
+    EXPECT_EQ(period.base_urls[0], "http://host/dir/a b/");
+    EXPECT_EQ(period.adaptation_sets[0].base_urls[0], "/abs/");
+    EXPECT_EQ(period.representations[0].base_urls[0], "/abs/v.mp4");
+}
+
 TEST(BaseUrls, StopGrowingWhenLevelsMultiply) {
     std::string many;
     for (int i = 0; i < 1000; ++i) {
