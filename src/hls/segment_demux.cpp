@@ -114,10 +114,12 @@ bool handle_mp4(StreamState& state, const SegmentSlot& slot, bool skip) {
         }
     } else if ((slot.kind != kSlotMedia && slot.kind != kSlotMediaRange) || skip) {
         return true;
-    } else if (state.demuxer == nullptr) {
-        state.add(Status::kFailed);
-        state.add(Logging_err_type_check(state.loglist, 4067, {}));
-        return true;
+    } else {
+        const Status initialized = check(state.demuxer != nullptr, state.loglist, 4067, {});
+        if (state.demuxer == nullptr) {
+            state.add(initialized | Status::kFailed);
+            return true;
+        }
     }
     demux_with_timing(state, slot);
     return true;

@@ -199,9 +199,9 @@ int thread(std::FILE* file, OptText url, OptText name, OptText output_dir, Manif
 
     PlaylistRecord& playlist = state.playlist;
     const Status parsed = parse_file(file, url, playlist, nullptr);
+    const Status filled = check(!playlist.slots.empty(), loglist, 2014, {}, url.view());
     if (parsed != Status::kOk || playlist.slots.empty()) {
-        status |= Status::kFailed;
-        status |= check(!playlist.slots.empty(), loglist, 2014, {}, url.view());
+        status |= filled | Status::kFailed;
         send_end_record(sync_list);
         return kDone;
     }

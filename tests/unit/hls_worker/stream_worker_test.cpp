@@ -228,6 +228,15 @@ TEST_F(LocalStream, MediaSegmentWithoutInitializationSectionIsReportedAndPassedO
     EXPECT_EQ(output(kData), samples(2, 2));
 }
 
+TEST_F(LocalStream, RulesThatHoldCountAsEvaluated) {
+    follow_local("#EXTINF:2,\n0.ts\n");
+    EXPECT_TRUE(sink_.was_evaluated(2014));
+    EXPECT_FALSE(sink_.was_evaluated(4067));
+    follow_local("#EXT-X-MAP:URI=\"init.mp4\"\n#EXTINF:2,\n0.m4s\n");
+    EXPECT_TRUE(sink_.was_evaluated(4067));
+    EXPECT_EQ(ids(), Ids{});
+}
+
 TEST_F(LocalStream, UnsupportedSegmentIsReportedAndPassedOver) {
     (void)folder_.write("a.b.ac3", "\x0B\x77 raw frames are no segments");
     (void)folder_.write("bare", "");
