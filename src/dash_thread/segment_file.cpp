@@ -42,8 +42,14 @@ bool fetch_with_retries(const DashPlayer& player, const std::string& url, const 
     return false;
 }
 
+// The manifest tells how long the media is, not how many segments there are: that they reach to its
+// end is a rule, so that a missing one is no failure.
+bool is_counted_by_duration(const DashPlayer& player) {
+    return player.segment_type == SegmentElementType::kTemplate && player.template_duration != 0;
+}
+
 Status report_missing(const DashPlayer& player, const std::string& url, Loglist* loglist) {
-    if (player.segment_type != SegmentElementType::kTemplate || player.template_duration == 0) {
+    if (!is_counted_by_duration(player)) {
         return Logging_err_type_check(loglist, 4063, {}, url);
     }
     double played = player.played_ms / kMillisecondsPerSecond;
@@ -65,6 +71,9 @@ SegmentFileResult open_segment(DashPlayer& player, const std::string& url, Statu
         if (fetch_with_retries(player, url, *copy, loglist)) {
             opened = open_for_reading(*copy);
         }
+    }
+    if (is_counted_by_duration(player)) {
+        note_evaluated(2009);
     }
     if (!opened) {
         status |= report_missing(player, url, loglist);

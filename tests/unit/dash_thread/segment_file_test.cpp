@@ -107,6 +107,18 @@ TEST_F(SegmentFile, MissingTemplateSegmentIsAnEndBehindAWarning) {
     EXPECT_EQ(server_.requests("/s1.mp4"), 3U);
 }
 
+TEST_F(SegmentFile, RuleOnTheTotalDurationIsEvaluatedWhereADurationCountsTheSegments) {
+    add_segments(1);
+    segment_list("");
+    EXPECT_EQ(get(), SegmentFileResult::kReady);
+    EXPECT_FALSE(sink_.was_evaluated(2009));
+    player_.next_segment = 0;
+    number_template("");
+    EXPECT_EQ(get(), SegmentFileResult::kReady);
+    EXPECT_TRUE(sink_.was_evaluated(2009));
+    EXPECT_EQ(ids(), Ids{});
+}
+
 TEST_F(SegmentFile, DurationOfEarlierReadingsCountsInTheWarning) {
     number_template("");
     player_.played_ms = 1000;
