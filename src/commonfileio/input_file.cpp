@@ -305,10 +305,10 @@ Status Rewind(InputFile& file) {
         file.position = 0;
         return Status::kOk;
     }
-    if (!file.stream.seek_to(0) || !refill(file, kInputBlockSize)) {
-        file.filled = 0;
-        file.position = 0;
-    }
+    // The first read fills the buffer; what follows is often a jump to a range far from here.
+    (void)file.stream.seek_to(0);
+    file.filled = 0;
+    file.position = 0;
     return Status::kOk;
 }
 

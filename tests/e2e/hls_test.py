@@ -258,9 +258,46 @@ class SingleInputTest(HlsTest):
         self.assertEqual(self.files("tmp"), [])
 
     def test_missing_address_is_named(self):
-        for name in ["/none.ts", "/none.mp4"]:
+        for name in ["/none.ts", "/none.mp4", "/none.ec3", "/none.ac4"]:
+            url = self.server.url(name)
+            result = self.split(url, 1)
+            self.assertEqual(result.err, "ERROR: Fail to open the file : %s\n" % url)
+            self.assertIn("WARNING: Fail to download file: %s on GMT: " % url, result.out)
+            # The failed download left nothing to remove.
+            self.assertRegex(result.out, r"\nFail to remove tmp/segment_\d+_\d+ \(%s\)\n" % re.escape(url))
+            self.assertEqual(self.files("tmp"), [])
+            self.assertEqual(self.server.requests, [name])
+            self.server.requests.clear()
+
+    def test_download_that_ends_early_is_a_failed_one(self):
+        for name in ["/cut.ts", "/cut.mp4", "/cut.ec3", "/cut.ac4"]:
+            self.server.script[name] = [("close", b"x" * 1000)]
             result = self.split(self.server.url(name), 1)
-            self.assertEqual(result.err, "ERROR: Fail to open the file : %s\n" % self.server.url(name))
+            self.assertIn("CURL error code: 18", result.out)
+            self.assertEqual(self.files("tmp"), [])
+
+    def test_folder_for_downloads_that_cannot_be_made_ends_the_run(self):
+        for name in ["/a.ts", "/a.mp4", "/a.ec3", "/a.ac4", "/a.mpd", "/a.m3u8"]:
+            result = self.run_program("-i", self.server.url(name), "-o", "/tmp", cwd="/proc")
+            self.expect(result, 1, out="", err="ERROR: Fail to create tmp folder to store downloaded files.\n")
+        self.assertEqual(self.server.requests, [])
+
+    def test_folder_for_downloads_is_used_as_it_stands_and_stays(self):
+        os.mkdir(self.path("tmp"))
+        self.write("tmp/other", b"mine")
+        self.split(self.server.url("/low_0.ts"))
+        self.assertEqual(self.files("tmp"), ["other"])
+
+    def test_file_in_the_place_of_the_folder_for_downloads_fails_the_run(self):
+        self.write("tmp")
+        for name in ["/low_0.ts", "/low.m3u8"]:
+            result = self.run_program("-i", self.server.url(name), "-o", "out")
+            self.assertEqual(result.status, 1)
+        self.assertEqual(self.server.requests, [])
+
+    def test_local_inputs_need_no_folder_for_downloads(self):
+        self.split("www/low_0.ts")
+        self.assertEqual(self.files("."), ["out", "www"])
 
 
 if __name__ == "__main__":

@@ -15,6 +15,15 @@ CODING = ["-c:v", "libx264", "-preset", "ultrafast", "-g", "25", "-c:a", "aac"]
 HLS = ["-f", "hls", "-hls_time", "2", "-hls_playlist_type", "vod"]
 
 
+def ac4_frames():
+    """Sync frames of a real table of contents, padded."""
+    corpus = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "fuzz/corpus/ac4_analyzer")
+    with open(os.path.join(corpus, "stereo"), "rb") as file:
+        content = file.read()[1:]
+    frame = content[2:2 + int.from_bytes(content[:2], "big")].ljust(400, b"\0")
+    return (b"\xac\x40" + len(frame).to_bytes(2, "big") + frame) * 50
+
+
 def extension(name):
     return name.rsplit(".", 1)[1]
 
@@ -143,6 +152,7 @@ class Presentations(MediaCase):
                               cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=PATIENCE)
         self.assertEqual(done.returncode, 0, done.stdout.decode() + done.stderr.decode())
         self.assertEqual(os.listdir(self.path("tmp")), [])
+        self.printed = done.stdout.decode()
         return {name: os.path.join(out, name) for name in os.listdir(out)}
 
     def test_addresses_give_what_folders_give(self):
@@ -153,6 +163,33 @@ class Presentations(MediaCase):
                 expected = self.expected(3)
                 self.check(self.split_address(server.url("master.m3u8")), expected)
                 self.check(self.split_address(server.url("moved/master.m3u8")), expected)
+
+    def test_redirects_end_after_twenty(self):
+        server = self.serve()
+        self.make("ts", "v:0,a:0")
+        self.check(self.split_address(server.url("hop/" + "a" * 20 + "/master.m3u8")), self.expected(1))
+        url = server.url("hop/" + "a" * 21 + "/master.m3u8")
+        done = subprocess.run([os.path.abspath(MEDIASPLIT), "-i", url, "-o", self.path("none")], cwd=self.folder,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=PATIENCE)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(b"CURL error code: 47", done.stdout)
+        self.assertEqual(os.listdir(self.path("tmp")), [])
+
+    def test_single_inputs_by_address(self):
+        server = self.serve()
+        ffmpeg(*PICTURE, *TONE, *CODING, self.path("plain.mp4"))
+        ffmpeg("-i", self.path("plain.mp4"), "-c", "copy", self.path("plain.ts"))
+        ffmpeg(*TONE, "-c:a", "eac3", "-b:a", "192k", "-f", "eac3", self.path("plain.ec3"))
+        with open(self.path("plain.ac4"), "wb") as file:
+            file.write(ac4_frames())
+        for name in ["plain.mp4", "plain.ts", "plain.ec3", "plain.ac4"]:
+            local = {base: self.read(path) for base, path in self.split(name).items()}
+            said = self.printed
+            for url in [server.url(name), server.url("moved/" + name)]:
+                with self.subTest(url):
+                    outputs = self.split_address(url)
+                    self.assertEqual({base: self.read(path) for base, path in outputs.items()}, local)
+                    self.assertEqual(self.printed.replace(url, name), said)
 
     def test_secure_addresses(self):
         if subprocess.run(["unshare", "--mount", "--map-root-user", "true"], capture_output=True).returncode != 0:

@@ -11,7 +11,8 @@ events { worker_connections 512; }
 http {
   access_log %(folder)s/access.log; root %(root)s; client_body_temp_path %(folder)s/b; proxy_temp_path %(folder)s/p;
   fastcgi_temp_path %(folder)s/f; uwsgi_temp_path %(folder)s/u; scgi_temp_path %(folder)s/s;
-  server { listen 127.0.0.1:%(plain)d; location /moved/ { rewrite ^/moved/(.*)$ /$1 redirect; } }
+  server { listen 127.0.0.1:%(plain)d; location /moved/ { rewrite ^/moved/(.*)$ /$1 redirect; }
+           location /hop/ { rewrite ^/hop/a(a+)/(.*)$ /hop/$1/$2 redirect; rewrite ^/hop/a/(.*)$ /$1 redirect; } }
   server { listen 127.0.0.1:%(secure)d ssl; ssl_certificate %(folder)s/certificate.pem;
            ssl_certificate_key %(folder)s/key.pem; }
 }
@@ -47,6 +48,8 @@ class NginxServer:
                 time.sleep(0.05)
         self.stop()
         raise AssertionError("nginx didn't start")
+
+    # An address below "hop/aa.../" is redirected as often as there are letters.
 
     def url(self, name, secure=False):
         return "%s://127.0.0.1:%d/%s" % ("https" if secure else "http", self.secure if secure else self.plain, name)

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <mutex>
 
 #include "src/util/segments.h"
 #include "tests/support/mp4_builder.h"
@@ -54,14 +55,16 @@ std::string mp4_segment(int number) {
                                       static_cast<std::uint32_t>(number) + 1));
 }
 
-std::time_t TestClock::time = 0;
+std::atomic<std::time_t> TestClock::time = 0;
 std::vector<std::uint32_t> TestClock::sleeps;
 
 TestClock::TestClock() {
     time = 1000;
     sleeps.clear();
-    player_clock() = {[] { return time; },
+    player_clock() = {[] { return time.load(); },
                       [](std::uint32_t seconds) {
+                          static std::mutex mutex;
+                          const std::scoped_lock lock(mutex);
                           sleeps.push_back(seconds);
                           time += seconds;
                       }};

@@ -2,6 +2,7 @@
 // Loglist, a list for segment durations, and segments whose samples can be told apart.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <ctime>
 #include <memory>
@@ -38,8 +39,8 @@ struct TestClock {
     TestClock& operator=(const TestClock&) = delete;
     ~TestClock();
 
-    static std::time_t time;
-    static std::vector<std::uint32_t> sleeps;
+    static std::atomic<std::time_t> time;
+    static std::vector<std::uint32_t> sleeps;  // to be read when no worker runs
 
 private:
     PlayerClock former_ = player_clock();

@@ -117,8 +117,9 @@ Status check_brand(const ProfileStream& track) {
     if (!track.rules.asks_for_brand || track.brand == nullptr) {
         return Status::kOk;
     }
-    return track.prisma.check(compat_brand_included(track.prisma.demuxer, track.brand->brand),
-                              prisma::kBrandMissing, expecting(track.brand->name));
+    return track.prisma.check(
+        compat_brand_included(track.prisma.demuxer, prisma::code_of(*track.brand)),
+        prisma::kBrandMissing, expecting(track.brand->brand));
 }
 
 // Colour values, and the messages of the place that they are from.
@@ -242,7 +243,7 @@ Status check_dash_supplements(const ProfileStream& track) {
                             track.rules.supplemental_missing.dash, prisma::kSupplementalValue.dash);
     }
     if (track.brand != nullptr) {
-        status |= check_attribute(prisma, "scte214:supplementalProfiles", track.brand->name,
+        status |= check_attribute(prisma, "scte214:supplementalProfiles", track.brand->brand,
                                   track.rules.supplemental_profiles_missing,
                                   prisma::kSupplementalProfilesValue);
     }
@@ -357,7 +358,7 @@ Status check_hls_supplements(const ProfileStream& track) {
     if (track.brand == nullptr || prisma.expected_codec.empty()) {
         return Status::kOk;
     }
-    const std::string expected = supplemental_codec(prisma.expected_codec, track.brand->name);
+    const std::string expected = supplemental_codec(prisma.expected_codec, track.brand->brand);
     const auto& codecs = prisma.manifest.context->supplemental_codecs;
     const Status status = prisma.check(codecs.has_value(), track.rules.supplemental_missing);
     return codecs ? status | prisma.check(codec_is_contained(codecs, expected),

@@ -1,7 +1,6 @@
 // What the profiles of the enhancement format ask for, row by row.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <initializer_list>
@@ -84,9 +83,12 @@ struct CodecPairRow {
 };
 
 inline constexpr CodecPairRow kCodecPairs[] = {
-    {9, kPxPxav, "pxav.09", nullptr}, {9, kPxPxa1, "pxa1.09", nullptr},
-    {8, kPxPxhe, "pxhe.08", nullptr}, {8, kPxPxh1, "pxh1.08", nullptr},
-    {5, kPxPxhe, "pxhe.05", "hev1"},  {5, kPxPxh1, "pxh1.05", "hvc1"},
+    {9, kPxPxav, "pxav.09", nullptr},  // H.264, sets in samples
+    {9, kPxPxa1, "pxa1.09", nullptr},  // H.264, sets in the entry
+    {8, kPxPxhe, "pxhe.08", nullptr},  // H.265, sets in samples
+    {8, kPxPxh1, "pxh1.08", nullptr},  // H.265, sets in the entry
+    {5, kPxPxhe, "pxhe.05", "hev1"},   // no base layer
+    {5, kPxPxh1, "pxh1.05", "hvc1"},   // no base layer
 };
 
 // One rule in its forms for profiles with a backward compatible stream (8 and 9) and without (5).
@@ -148,15 +150,21 @@ struct BrandRow {
     std::uint32_t profile;
     std::uint32_t compatible_id;
     std::uint32_t transfer;
-    std::string_view name;
-    std::uint32_t brand;
+    std::string_view brand;
 };
 
 inline constexpr BrandRow kBrands[] = {
-    {9, kAny, kAny, "pb2g", fourcc("pb2g")}, {kAny, 1, kAny, "pb1p", fourcc("pb1p")},
-    {kAny, 2, kAny, "pb2g", fourcc("pb2g")}, {kAny, 4, 14, "pb4g", fourcc("pb4g")},
-    {kAny, 4, 18, "pb4h", fourcc("pb4h")},
+    {9, kAny, kAny, "pb2g"},  // SDR
+    {kAny, 1, kAny, "pb1p"},  // PQ
+    {kAny, 2, kAny, "pb2g"},  // SDR
+    {kAny, 4, 14, "pb4g"},    // HLG, told as ITU-R BT.2020
+    {kAny, 4, 18, "pb4h"},    // HLG
 };
+
+constexpr std::uint32_t code_of(const BrandRow& row) {
+    const char text[5] = {row.brand[0], row.brand[1], row.brand[2], row.brand[3], 0};
+    return fourcc(text);
+}
 
 // Null if nothing tells.
 constexpr const BrandRow* brand_of(std::uint32_t profile, std::uint32_t compatible_id,
@@ -245,8 +253,13 @@ struct VideoRangeRow {
 };
 
 inline constexpr VideoRangeRow kVideoRanges[] = {
-    {5, kAny, kAny, "PQ"},  {8, 1, kAny, "PQ"},   {8, 2, kAny, "SDR"},   {8, 4, kAny, "HLG"},
-    {9, kAny, kAny, "SDR"}, {10, kAny, 16, "PQ"}, {10, kAny, 18, "HLG"},
+    {5, kAny, kAny, "PQ"},   // has no other
+    {8, 1, kAny, "PQ"},      // by id
+    {8, 2, kAny, "SDR"},     // by id
+    {8, 4, kAny, "HLG"},     // by id
+    {9, kAny, kAny, "SDR"},  // has no other
+    {10, kAny, 16, "PQ"},    // by transfer characteristics
+    {10, kAny, 18, "HLG"},   // by transfer characteristics
 };
 
 // --- Rules with one form for all profiles that have them -----------------------------------------

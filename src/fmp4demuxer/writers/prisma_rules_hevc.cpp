@@ -92,9 +92,9 @@ Status check_brand(const Mp4Demuxer& demuxer, const Mp4Stream& stream, std::uint
     if (row == nullptr || row->transfer == prisma::kAny) {
         return Status::kOk;
     }
-    return check(compat_brand_included(demuxer, row->brand), demuxer.loglist, 2030, {},
-                 config.profile, config.bl_compatible_id, row->name) |
-           check_supplemental_codecs(demuxer, stream, row->name);
+    return check(compat_brand_included(demuxer, prisma::code_of(*row)), demuxer.loglist, 2030, {},
+                 config.profile, config.bl_compatible_id, row->brand) |
+           check_supplemental_codecs(demuxer, stream, row->brand);
 }
 
 Status check_colour(const Mp4Demuxer& demuxer, const Mp4Stream& stream, const HevcSps& sps,

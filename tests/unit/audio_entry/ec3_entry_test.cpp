@@ -94,6 +94,13 @@ TEST(Ec3Entry, EachFieldOfTheEntryHasItsRow) {
     EXPECT_EQ(ids_of(track), std::vector<int>{4302});
 }
 
+TEST(Ec3Entry, HandlerIsSound) {
+    Ec3Track track;
+    track.handler = "text";
+    // A track of another handler has no sound header in these files.
+    EXPECT_EQ(ids_of(track), (std::vector<int>{4297, 4298}));
+}
+
 TEST(Ec3Entry, SamplingRateIs48000EvenForOtherStreams) {
     Ec3Track track;
     track.sample_rate = 44100;

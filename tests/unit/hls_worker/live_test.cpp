@@ -146,10 +146,10 @@ TEST_F(FetchedStream, RedirectedSegmentsAreFollowedUpToTwentyTimes) {
                       {{.status = 302, .location = "/r" + std::to_string(i + 1)}});
     }
     server_.serve("/r21", ts_segment(sample_text(0)));
-    follow_address("#EXTINF:1,\n/../r1\n#EXT-X-ENDLIST\n");
+    follow_address("#EXTINF:1,\n../r1\n#EXT-X-ENDLIST\n");
     EXPECT_EQ(output(kAdts), sample_text(0));
     EXPECT_EQ(ids(), Ids{});
-    follow_address("#EXTINF:1,\n/../r0\n#EXT-X-ENDLIST\n");
+    follow_address("#EXTINF:1,\n../r0\n#EXT-X-ENDLIST\n");
     EXPECT_EQ(ids(), (Ids{2054, 2052, 2054, 2052, 2054, 2052, 4063}));
     EXPECT_NE(texts(2054).at(0).find("CURL error code: 47"), std::string::npos);
 }

@@ -285,7 +285,8 @@ TEST_F(LocalStream, AudioIsTimedAgainstVideoFromTheSecondTransportStreamOn) {
     (void)folder_.write("1.ts", timed_ts(270000, 0));
     follow_local(text);
     EXPECT_EQ(sink_.count(4106) + sink_.count(4107), 0U);
-    // Audio ends with 179999, video with 180000: 0 - 89999 + 180000 is more than a tick.
+    // Audio ended with 89999, video with 270000, a picture behind its last: 0 - 89999 + 270000 is
+    // more than a tick.
     EXPECT_EQ(sink_.count(4108), 1U);
     (void)folder_.write("1.ts", timed_ts(270000, -1));
     follow_local(text);
@@ -295,7 +296,7 @@ TEST_F(LocalStream, AudioIsTimedAgainstVideoFromTheSecondTransportStreamOn) {
     EXPECT_EQ(sink_.count(4107), 1U);
     EXPECT_EQ(status_, Status::kRuleBroken);
     sink_.clear();
-    (void)folder_.write("0.ts", timed_ts(90000, 90000));
+    (void)folder_.write("0.ts", timed_ts(90000, 180000));
     (void)folder_.write("1.ts", timed_ts(270000, 0));
     follow_local(text);
     EXPECT_EQ(sink_.count(4106) + sink_.count(4107) + sink_.count(4108), 0U);

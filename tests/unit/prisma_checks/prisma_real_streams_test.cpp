@@ -19,7 +19,7 @@ namespace {
 using mp4::Bytes;
 
 constexpr const char* kSource =
-    "ffmpeg -v error -nostdin -y -f lavfi -i testsrc2=size=320x180:rate=25 -frames:v 12 -bitexact ";
+    "ffmpeg -v error -nostdin -y -f lavfi -i testsrc2=size=320x180:rate=25 -frames:v 50 -bitexact ";
 constexpr const char* kHdr =
     "-color_primaries bt2020 -color_trc smpte2084 -colorspace bt2020nc -color_range tv "
     "-pix_fmt yuv420p10le ";
@@ -175,7 +175,7 @@ std::string av1_text(const Bytes& file) {
     const std::size_t at = type_at(file, "av1C") + 4;
     const unsigned chroma = file[at + 2];
     return text_of("av01.%u.%02u%c.%02u.%u.%u%u%u",
-                   {file[at + 1] >> 5U, file[at + 1] & 0x1FU,
+                   {unsigned{file[at + 1]} >> 5, file[at + 1] & 0x1FU,
                     (chroma & 0x80) != 0 ? unsigned{'H'} : unsigned{'M'},
                     (chroma & 0x40) != 0 ? 10U : 8U, chroma >> 4 & 1, chroma >> 3 & 1,
                     chroma >> 2 & 1, chroma & 3}) +
@@ -260,7 +260,11 @@ void expect_sound(const RealProfile& row) {
             with_config(files.whole, row.from, row.to,
                         mp4::prsm_config(s.config_box, s.profile, 9, s.compatible_id), row.brand);
         if (mode == kFile && s.profile != 10) {
-            EXPECT_EQ(findings(s).size(), 1U) << row.to;
+            const Texts told = findings(s);
+            EXPECT_FALSE(told.empty()) << row.to;
+            for (const std::string& text : told) {
+                EXPECT_EQ(text.substr(0, 4), "4253") << text;
+            }
         }
     }
 }

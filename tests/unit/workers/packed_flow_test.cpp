@@ -1,130 +1,41 @@
-// Whole runs over master playlists whose audio rendition is packed audio: what comes out, and what
-// is found about the stream in CODECS and CHANNELS, before and after CHANNELS is read in parts. It
-// is read in parts for playlists with a discontinuity alone.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <map>
-
-#include "src/main/checkpoints.h"
-#include "src/main/flows/flows.h"
-#include "src/records/run_options.h"
+// Whole runs over packed audio: what comes out, and what is found about the stream in CODECS and
+// CHANNELS, before and after CHANNELS is read in parts.
 #include "tests/support/ac4_builder.h"
 #include "tests/support/eac3_builder.h"
-#include "tests/support/http_server.h"
 #include "tests/support/packed_builder.h"
-#include "tests/support/recording_sink.h"
-#include "tests/support/temp_folder.h"
-#include "tests/support/ts_builder.h"
-#include "tests/unit/main/run_options_scope.h"
+#include "tests/unit/workers/rendition_flow.h"
 
 namespace mediasplit {
 namespace {
 
 namespace fs = std::filesystem;
 
-using Ids = std::vector<int>;
-using Names = std::vector<std::string>;
 using test_support::Ac3Spec;
 using test_support::build_ac3_frame;
 using test_support::build_eac3_frame;
 using test_support::Eac3Spec;
 
-std::string as_text(const Bytes& bytes) {
-    return {bytes.begin(), bytes.end()};
-}
-
 // What is found about packed audio; other messages of these runs are about the playlist itself.
-constexpr int kAboutTheAudio[] = {2019, 2020, 4060, 4076, 4103, 4283, 4284, 4288,
-                                  4289, 4290, 4291, 4332, 4333, 4388, 4390, 4391,
-                                  4393, 4394, 4485, 4490, 4491, 4495, 4497};
+const Ids kAboutTheAudio = {2019, 2020, 4060, 4076, 4103, 4283, 4284, 4288, 4289, 4290, 4291, 4332,
+                            4333, 4388, 4390, 4391, 4393, 4394, 4485, 4490, 4491, 4495, 4497};
 
-// A rendition as its playlist tells of it.
-struct Rendition {
-    std::string codecs;
-    std::string channels;  // the attribute with its comma, empty if there is none
-    bool has_discontinuity = false;
-};
-
-Rendition rendition(const std::string& codecs, const std::string& channels,
-                    bool has_discontinuity = false) {
-    return {codecs, channels.empty() ? "" : "CHANNELS=\"" + channels + "\",", has_discontinuity};
-}
-
-class PackedFlow : public testing::Test {
+class PackedFlow : public RenditionFlow {
 protected:
-    PackedFlow() {
-        fs::create_directory("tmp");
-        fs::create_directory("out");
-        g_output_dir = "out";
-        g_file_format = FormatId::kHls;
-        binary_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        force_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        loglist_ =
-            init_loglist(static_cast<std::uint32_t>(g_check_point_num), g_checkpoint_list.data());
-        add("video.ts", as_text(one_program({{0x0F, 257}}).bytes()));
-        add("video.m3u8", "#EXTINF:2,\nvideo.ts\n#EXT-X-ENDLIST\n");
-    }
+    PackedFlow() : RenditionFlow(kAboutTheAudio) {}
 
-    void add(const std::string& name, const std::string& content) {
-        (void)folder_.write(name, content);
-        server_.serve("/" + name, content);
-    }
-
-    // A master playlist of one audio rendition, whose segments have these bytes behind their tags,
-    // and of one other stream.
+    // A rendition whose segments have these bytes behind their tags.
     void add_presentation(const Rendition& about, const std::vector<Bytes>& segments) {
-        std::string list = "#EXTM3U\n#EXT-X-TARGETDURATION:2\n";
+        std::vector<std::string> names;
         for (std::size_t i = 0; i < segments.size(); ++i) {
-            const std::string name = "audio" + std::to_string(i) + ".pa";
-            add(name, as_text(joined({id3_tag(90000 * i), segments[i]})));
-            list += "#EXTINF:2,\n" + name + "\n";
-            if (i == 0 && about.has_discontinuity) {
-                list += "#EXT-X-DISCONTINUITY\n";
-            }
+            names.push_back("audio" + std::to_string(i) + ".pa");
+            add(names.back(), as_text(joined({id3_tag(90000 * i), segments[i]})));
         }
-        add("audio.m3u8", list + "#EXT-X-ENDLIST\n");
-        add("master.m3u8",
-            "#EXTM3U\n#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID=\"g\",LANGUAGE=\"en\",NAME=\"n\"," +
-                about.channels +
-                "URI=\"audio.m3u8\"\n#EXT-X-STREAM-INF:BANDWIDTH=1000,FRAME-RATE=25,CODECS=\"" +
-                about.codecs + ",avc1.42c00d\",AUDIO=\"g\"\nvideo.m3u8\n");
-    }
-
-    Ids run(const std::string& input = "master.m3u8", bool fails = false) {
-        sink_.clear();
-        g_input = input;
-        EXPECT_EQ(has_failed(run_hls(loglist_.get())), fails);
-        Ids about_audio;
-        for (const int id : sink_.ids()) {
-            if (std::find(std::begin(kAboutTheAudio), std::end(kAboutTheAudio), id) !=
-                std::end(kAboutTheAudio)) {
-                about_audio.push_back(id);
-            }
-        }
-        return about_audio;
+        add_playlists(about, "", names);
     }
     Ids findings(const Rendition& about, const std::vector<Bytes>& segments) {
         add_presentation(about, segments);
         return run();
     }
-
-    [[nodiscard]] static std::map<std::string, std::string> outputs() {
-        std::map<std::string, std::string> result;
-        for (const auto& entry : fs::directory_iterator("out")) {
-            const std::string name = entry.path().filename().string();
-            result[name] = read_file("out/" + name);
-        }
-        return result;
-    }
-
-    RunOptionsScope scope_;
-    TempFolder folder_;
-    WorkingDirectory directory_{folder_.path()};
-    HttpServer server_;
-    RecordingSink sink_;
-    std::unique_ptr<Loglist> loglist_;
 };
 
 constexpr const char* kAc4 = "ac-4.02.01.00";
