@@ -109,9 +109,10 @@ std::string playlist_text(const Scenario& s) {
     return text;
 }
 
-std::string media_playlist(const std::string& init, const std::string& segment) {
-    return "#EXTM3U\n#EXT-X-VERSION:7\n#EXT-X-TARGETDURATION:2\n#EXT-X-MAP:URI=\"" + init +
-           "\"\n#EXTINF:2,\n" + segment + "\n#EXT-X-ENDLIST\n";
+std::string media_playlist(const std::string& init, const std::string& segment,
+                           const std::string& tags = "") {
+    return "#EXTM3U\n#EXT-X-VERSION:7\n#EXT-X-TARGETDURATION:2\n" + tags + "#EXT-X-MAP:URI=\"" +
+           init + "\"\n#EXTINF:2,\n" + segment + "\n#EXT-X-ENDLIST\n";
 }
 
 // Of one sample of 2 s, the given one or an empty unit.
@@ -138,7 +139,8 @@ std::string write_input(const Scenario& s, const TempFolder& folder) {
     if (s.mode == kInputDash) {
         return folder.write("stream.mpd", manifest_text(s.mpd));
     }
-    (void)folder.write("stream.m3u8", media_playlist("init.mp4", "s1.mp4"));
+    const char* const tags = s.mode == kInputHlsIframe ? "#EXT-X-I-FRAMES-ONLY\n" : "";
+    (void)folder.write("stream.m3u8", media_playlist("init.mp4", "s1.mp4", tags));
     // A master playlist has to have a variant stream beside the I-frame stream.
     Scenario plain;
     plain.entry = "avc1";

@@ -89,7 +89,8 @@ const Files& files_of(const std::string& name) {
     Files& files = made[name];
     files.whole = encode("-movflags +write_colr ", "whole.mp4");
     const Bytes parts =
-        encode("-movflags +write_colr+frag_keyframe+empty_moov+default_base_moof ", "parts.mp4");
+        encode("-movflags +write_colr+frag_keyframe+empty_moov+delay_moov+default_base_moof ",
+               "parts.mp4");
     const auto border = static_cast<std::ptrdiff_t>(type_at(parts, "moof") - 4);
     files.initialization = Bytes(parts.begin(), parts.begin() + border);
     files.segment = Bytes(parts.begin() + border, parts.end());
@@ -182,8 +183,7 @@ std::string av1_text(const Bytes& file) {
            ".09.16.09.0";
 }
 
-// --- The runs
-// -------------------------------------------------------------------------------------
+// --- The runs ------------------------------------------------------------------------------------
 
 std::vector<std::string> findings(const Scenario& s) {
     const ScenarioResult result = run_program_on(s);
