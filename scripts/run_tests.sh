@@ -44,7 +44,7 @@ for stage in $stages; do
                 name=$(basename "$harness" _fuzz)
                 echo "== fuzz: $name"
                 scratch=$(mktemp -d)
-                if ! "$harness" -max_total_time="${FUZZ_SECONDS:-4}" -timeout=20 -rss_limit_mb=2048 \
+                if ! "$harness" -max_total_time="${FUZZ_SECONDS:-4}" -timeout=60 -rss_limit_mb=2048 \
                     -artifact_prefix="$scratch/" -print_final_stats=0 -verbosity=0 \
                     "$scratch" "tests/fuzz/corpus/$name" >"$scratch.log" 2>&1; then
                     tail -40 "$scratch.log"

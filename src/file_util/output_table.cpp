@@ -25,9 +25,8 @@ Status ioOpenFile(OptText path, std::uint32_t kind, std::uint64_t stream_id, Out
     entry.kind = kind;
     entry.stream_id = stream_id;
     entry.path = path.view();
-    entry.file = table.registry != nullptr
-                     ? table.registry->open(path.str())
-                     : fileOpen_lstr(path, table.truncate != 0 ? "wb" : "ab");
+    entry.file = table.registry != nullptr ? table.registry->open(path.str())
+                                           : fileOpen_lstr(path, table.truncate != 0 ? "wb" : "ab");
     if (!entry.file) {
         (void)Logging_err_type_check(nullptr, 4081, LogContext{}, path.view());
         return Status::kCantOpen;

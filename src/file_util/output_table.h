@@ -34,8 +34,8 @@ struct OutputTable {
 // entries are in use.
 Status ioOpenFile(OptText path, std::uint32_t kind, std::uint64_t stream_id, OutputTable& table);
 
-// Closes all files of the table. False, and message 4081 for each file that couldn't be written as a
-// whole.
+// Closes all files of the table. False, and message 4081 for each file that couldn't be written as
+// a whole.
 bool ioCloseFiles(OutputTable& table);
 
 // Writes the bytes if there is a file; write errors stay with the file. Always Status::kOk.

@@ -13,8 +13,8 @@
 namespace mediasplit {
 
 // Demultiplexes the open `input` to its end. Files are named after `name_prefix` in
-// `output_folder`, created anew if `first`, otherwise added to; `outputs`, if given, decides that for
-// each file by whether it was opened before. With `pid_filter` other than -1 only that PID is
+// `output_folder`, created anew if `first`, otherwise added to; `outputs`, if given, decides that
+// for each file by whether it was opened before. With `pid_filter` other than -1 only that PID is
 // written. `manifest` (may be nullptr) is what the manifest says of the stream,
 // and gets what was found of its channels. `summary` (may be nullptr) is filled if the result is 0.
 // `is_hls` turns on the rules that forbid this container. The result is the OR of everything

@@ -12,6 +12,8 @@ from program import MEDIASPLIT, ProgramTest
 from raw_server import RawServer
 
 MEGABYTE = 1 << 20
+with open(MEDIASPLIT, "rb") as program:
+    SANITIZED = b"__asan_init" in program.read()  # takes much memory of its own
 LIST = "#EXTM3U\n#EXT-X-TARGETDURATION:1\n%s#EXT-X-ENDLIST\n"
 
 
@@ -104,7 +106,8 @@ class EndlessServerTest(ServerFaultTest):
         def limits():
             # Neither more memory nor larger files than this would be needed.
             resource.setrlimit(resource.RLIMIT_FSIZE, (2 * self.MOST, 2 * self.MOST))
-            resource.setrlimit(resource.RLIMIT_DATA, (512 * MEGABYTE, 512 * MEGABYTE))
+            if not SANITIZED:
+                resource.setrlimit(resource.RLIMIT_DATA, (512 * MEGABYTE, 512 * MEGABYTE))
 
         result = self.run_program("-i", self.server.url(path), "-o", "out", preexec_fn=limits)
         self.expect(result, 1)
@@ -266,8 +269,10 @@ class ManyStreamsTest(ServerFaultTest):
         # Every stream that isn't whole is told of.
         told = result.err.count("ERROR: ")
         self.assertGreaterEqual(told, count - len(whole), result.err)
+        # A stream that couldn't open its file for one segment goes on with the next; none holds anything else.
         for name in self.files("out"):
-            self.assertTrue(self.whole(int(name[1:].split("_")[0])).startswith(self.read("out", name)))
+            pieces = [b"stream %s segment %d." % (name[1:].split("_")[0].encode(), n) for n in range(2)]
+            self.assertIn(self.read("out", name), [b"", pieces[0], pieces[1], pieces[0] + pieces[1]])
         self.assertEqual(self.files("tmp"), [])
 
 

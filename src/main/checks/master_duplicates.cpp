@@ -157,11 +157,10 @@ Status drop_repeated_streams(PlaylistRecord& playlist, Loglist* loglist) {
             continue;
         }
         auto& earlier_streams = followed[{stream.has_renditions, view_of(stream.uri)}];
-        const bool repeated = std::any_of(earlier_streams.begin(), earlier_streams.end(),
-                                          [&](const VariantStream* earlier) {
-                                              return bring_the_same(*earlier, stream, status,
-                                                                    loglist);
-                                          });
+        const bool repeated = std::any_of(
+            earlier_streams.begin(), earlier_streams.end(), [&](const VariantStream* earlier) {
+                return bring_the_same(*earlier, stream, status, loglist);
+            });
         if (repeated) {
             stream.enabled = 0;
         } else if (earlier_streams.size() < kMostAlike) {

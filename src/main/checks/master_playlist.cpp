@@ -56,7 +56,7 @@ constexpr std::size_t kMostLooks = 64;
 // The streams by the group that they name.
 struct StreamGroups {
     std::map<std::string_view, std::vector<const VariantStream*>> audio;
-    std::map<std::string_view, std::uint32_t> video;  // index of the last stream
+    std::map<std::string_view, std::uint32_t> video;     // index of the last stream
     std::map<std::string_view, GroupSummary> summaries;  // of the AUDIO groups
 };
 

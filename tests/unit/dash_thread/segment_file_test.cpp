@@ -23,7 +23,19 @@ void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 
+void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+
 void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept {
     std::free(memory);
 }
 
@@ -199,7 +211,7 @@ TEST_F(SegmentFile, FileWithoutMemoryForItIsReported) {
         refused_size = 0;
         EXPECT_EQ(result, SegmentFileResult::kStop);
         EXPECT_TRUE(has_failed(status_));
-        EXPECT_EQ(sink_.count(3004), 1U);
+        ASSERT_EQ(sink_.count(3004), 1U);
         EXPECT_NE(texts(3004)[0].find("dash_thread"), std::string::npos);
         EXPECT_TRUE(std::filesystem::is_empty("tmp")) << "the copy is gone";
         sink_.clear();

@@ -79,7 +79,7 @@ TEST(Process, SinkSeesAWholeRunOfAnMp4File) {
     EXPECT_TRUE(result.out.ends_with("Succeed to demultiplex " MEDIASPLIT_CLIP "\n"));
     ASSERT_GE(sink.reports().size(), 2U);
     EXPECT_EQ(sink.reports().front().id, 3);
-    EXPECT_EQ(sink.reports().front().outcome, Outcome::kDropped);
+    EXPECT_EQ(sink.reports().front().outcome, Outcome::kUncollected);
     EXPECT_EQ(sink.reports().back().id, 15);
     EXPECT_EQ(sink.reports().back().text, "Succeed to demultiplex " MEDIASPLIT_CLIP);
     EXPECT_EQ(files_of(folder), (std::vector<std::filesystem::path>{".264", ".aac"}));

@@ -88,11 +88,11 @@ TEST(MasterRenditionTest, OtherAudioCodecsInAGroupRaise4050) {
 }
 
 TEST(MasterRenditionTest, EachRenditionOfAGroupRaises4050) {
-    const auto checked = check_master(
-        media("AUDIO", "aud", "a.m3u8") + media("AUDIO", "aud", "b.m3u8", "LANGUAGE=\"de\"") +
-        stream("avc1,mp4a", "v.m3u8", "AUDIO=\"aud\"") +
-        stream("avc1,ec-3", "w.m3u8", "AUDIO=\"aud\"") +
-        stream("avc1,ac-3", "x.m3u8", "AUDIO=\"aud\""));
+    const auto checked = check_master(media("AUDIO", "aud", "a.m3u8") +
+                                      media("AUDIO", "aud", "b.m3u8", "LANGUAGE=\"de\"") +
+                                      stream("avc1,mp4a", "v.m3u8", "AUDIO=\"aud\"") +
+                                      stream("avc1,ec-3", "w.m3u8", "AUDIO=\"aud\"") +
+                                      stream("avc1,ac-3", "x.m3u8", "AUDIO=\"aud\""));
     EXPECT_EQ(checked.ids, (Ids{4050, 4050, 4050, 4050}));
     EXPECT_EQ(checked.playlist.media[1].codecs, "mp4a,ec-3,ac-3");
 }

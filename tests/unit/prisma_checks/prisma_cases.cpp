@@ -142,7 +142,8 @@ void add_container_cases(Cases& cases) {
     cases.add(4195, versioned, kAllModes, [](Scenario& s) { s.minor = 1; });
     cases.add(4253, {profile_4, profile_5, profile_8, profile_9, profile_32, profile_34}, kAllModes,
               [](Scenario& s) { s.level = 5; });
-    cases.add(4252, {profile_4_of_two_layers}, kAllModes,
+    // Of an I-frame list only the initialization section is taken apart, no sample.
+    cases.add(4252, {profile_4_of_two_layers}, {kFile, kDash, kVariant},
               [](Scenario& s) { s.sample = layers(1280, 720); });
     cases.add(4210, {profile_8}, kAllModes, [](Scenario& s) { s.vps_profile = 2; });
     cases.add(4117, all, {kDash}, [](Scenario& s) { s.set().mimeType = "video/MP4"; });
@@ -376,7 +377,8 @@ std::vector<RequiredCases> required_prisma_cases() {
           4171, 4172, 4173, 4174, 4175, 4176, 4188, 4189, 4190, 4191, 4192, 4193, 4194, 4195,
           4196, 4197, 4198, 4199, 4200, 4201, 4203, 4204, 4205, 4206, 4207, 4208, 4209, 4211,
           4212, 4213, 4214, 4216, 4217, 4219, 4228, 4229, 4230, 4231, 4232, 4233, 4234, 4235,
-          4236, 4237, 4238, 4239, 4240, 4241, 4242, 4243, 4244, 4245, 4246, 4252, 4253}},
+          4236, 4237, 4238, 4239, 4240, 4241, 4242, 4243, 4244, 4245, 4246, 4253}},
+        {{kFile, kDash, kVariant}, {4252}},
         // What any manifest says of a codec.
         {{kDash, kVariant, kIframe}, {4111, 4112, 4113, 4114, 4115}},
         {{kDash, kVariant}, {2024, 2025, 4116}},

@@ -109,35 +109,45 @@ std::string playlist_text(const Scenario& s) {
     return text;
 }
 
-std::string media_playlist(const std::string& init) {
-    return "#EXTM3U\n#EXT-X-VERSION:7\n#EXT-X-TARGETDURATION:2\n#EXT-X-MAP:URI=\"" + init +
-           "\"\n#EXTINF:2,\ns1.mp4\n#EXT-X-ENDLIST\n";
+std::string media_playlist(const std::string& init, const std::string& segment,
+                           const std::string& tags = "") {
+    return "#EXTM3U\n#EXT-X-VERSION:7\n#EXT-X-TARGETDURATION:2\n" + tags + "#EXT-X-MAP:URI=\"" +
+           init + "\"\n#EXTINF:2,\n" + segment + "\n#EXT-X-ENDLIST\n";
 }
 
-std::string write_input(const Scenario& s, const TempFolder& folder) {
-    if (s.mode == kInputFile) {
-        return folder.write("in.mp4", text_of(s.files ? s.files->whole : s.bytes()));
-    }
-    (void)folder.write("init.mp4", text_of(s.files ? s.files->initialization : s.initialization()));
+// Of one sample of 2 s, the given one or an empty unit.
+mp4::Bytes built_segment(const mp4::Bytes& data) {
     mp4::MovieSpec movie;
     mp4::TrackSpec track;
     mp4::SampleSpec sample;
     sample.duration = 2000;
-    sample.data = s.sample.empty() ? mp4::Bytes{0, 0, 0, 1, 0x40} : s.sample;
+    sample.data = data.empty() ? mp4::Bytes{0, 0, 0, 1, 0x40} : data;
     track.samples = {sample};
     movie.tracks = {track};
-    (void)folder.write("s1.mp4",
-                       text_of(s.files ? s.files->segment : mp4::media_segment(movie, 0, 1, 0)));
+    return mp4::media_segment(movie, 0, 1, 0);
+}
+
+std::string write_input(const Scenario& s, const TempFolder& folder) {
+    const auto write = [&folder](const char* name, const mp4::Bytes& bytes) {
+        return folder.write(name, text_of(bytes));
+    };
+    if (s.mode == kInputFile) {
+        return write("in.mp4", s.files ? s.files->whole : s.bytes());
+    }
+    (void)write("init.mp4", s.files ? s.files->initialization : s.initialization());
+    (void)write("s1.mp4", s.files ? s.files->segment : built_segment(s.sample));
     if (s.mode == kInputDash) {
         return folder.write("stream.mpd", manifest_text(s.mpd));
     }
-    (void)folder.write("stream.m3u8", media_playlist("init.mp4"));
+    const char* const tags = s.mode == kInputHlsIframe ? "#EXT-X-I-FRAMES-ONLY\n" : "";
+    (void)folder.write("stream.m3u8", media_playlist("init.mp4", "s1.mp4", tags));
     // A master playlist has to have a variant stream beside the I-frame stream.
     Scenario plain;
     plain.entry = "avc1";
     plain.config_box.clear();
-    (void)folder.write("plain_init.mp4", text_of(plain.initialization()));
-    (void)folder.write("plain.m3u8", media_playlist("plain_init.mp4"));
+    (void)write("plain_init.mp4", plain.initialization());
+    (void)write("plain_s1.mp4", built_segment({}));
+    (void)folder.write("plain.m3u8", media_playlist("plain_init.mp4", "plain_s1.mp4"));
     return folder.write("master.m3u8", playlist_text(s));
 }
 
