@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <mutex>
 
 #include "src/log/logging.h"
 
@@ -22,6 +23,30 @@ constexpr mode_t kFileMode = 0666;
 iovec to_iovec(std::span<const std::uint8_t> bytes) {
     // The system reads through this pointer only.
     return {const_cast<std::uint8_t*>(bytes.data()), bytes.size()};
+}
+
+// The paths that some registry holds, for all threads.
+struct ClaimedPaths {
+    std::mutex mutex;
+    std::unordered_set<std::string> paths;
+};
+
+ClaimedPaths& claimed_paths() {
+    static ClaimedPaths claimed;
+    return claimed;
+}
+
+// False if a registry holds the path already.
+bool claim(const std::string& path) {
+    ClaimedPaths& claimed = claimed_paths();
+    const std::lock_guard lock(claimed.mutex);
+    return claimed.paths.insert(path).second;
+}
+
+void release(const std::string& path) {
+    ClaimedPaths& claimed = claimed_paths();
+    const std::lock_guard lock(claimed.mutex);
+    claimed.paths.erase(path);
 }
 
 // Flags of open() for a mode text of C streams; -1 for an unknown one.
@@ -125,15 +150,23 @@ std::unique_ptr<OutputFile> fileOpen_lstr(OptText path, OptText mode) {
     return std::make_unique<OutputFile>(descriptor);
 }
 
-const char* OutputRegistry::mode_for(const std::string& path) {
-    return opened_.insert(path).second ? "wb" : "ab";
+OutputRegistry::~OutputRegistry() {
+    for (const std::string& path : opened_) {
+        release(path);
+    }
 }
 
 std::unique_ptr<OutputFile> OutputRegistry::open(const std::string& path) {
     const bool is_new = !opened_.contains(path);
-    auto file = fileOpen_lstr(path, mode_for(path));
-    if (!file && is_new) {
-        opened_.erase(path);
+    if (is_new && !claim(path)) {
+        (void)Logging_err_type_check(nullptr, 4082, LogContext{}, path);
+        return nullptr;
+    }
+    auto file = fileOpen_lstr(path, is_new ? "wb" : "ab");
+    if (file && is_new) {
+        opened_.insert(path);
+    } else if (is_new) {
+        release(path);
     }
     return file;
 }

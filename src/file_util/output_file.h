@@ -48,12 +48,22 @@ private:
 std::unique_ptr<OutputFile> fileOpen_lstr(OptText path, OptText mode);
 
 // The output paths that one stream's job has opened in this run: the first open creates the file
-// anew, later ones add to it, so that nothing written in a run is thrown away.
+// anew, later ones add to it, so that nothing written in a run is thrown away. A path belongs to
+// the job that opened it first for as long as that job's registry lives: streams whose names are
+// the same don't write into each other.
 class OutputRegistry {
 public:
-    // "wb" the first time that a path is asked for, "ab" afterwards.
-    const char* mode_for(const std::string& path);
-    // fileOpen_lstr with that mode. A path that couldn't be opened counts as not opened.
+    OutputRegistry() = default;
+    OutputRegistry(OutputRegistry&& other) noexcept { opened_.swap(other.opened_); }
+    OutputRegistry& operator=(OutputRegistry&& other) noexcept {
+        opened_.swap(other.opened_);
+        return *this;
+    }
+    ~OutputRegistry();
+
+    // fileOpen_lstr, with "wb" the first time that a path is asked for and "ab" afterwards. A path
+    // that couldn't be opened counts as not opened. None and 4082 for a path of another registry.
+    // Registries may be used from several threads, each from one.
     std::unique_ptr<OutputFile> open(const std::string& path);
 
 private:

@@ -126,6 +126,17 @@ class FolderTest(HlsTest):
         self.assertEqual(self.outputs(), {"s%d_PID_257_Bitrate_%dbps.out.adts" % (i, i + 1): b"low 0.low 1."
                                           for i in range(32)})
 
+    def test_streams_of_one_name_do_not_write_into_each_other(self):
+        for folder in ["main", "comments"]:
+            os.mkdir(self.path("www/" + folder))
+            self.put(folder + "/audio.m3u8", "#EXTM3U\n" + "#EXTINF:2,\n%s.ts\n" % folder * 300)
+            self.write("www/%s/%s.ts" % (folder, folder), ts(b"%s." % folder.encode()))
+        rendition = '#EXT-X-MEDIA:TYPE=AUDIO,GROUP-ID="g",LANGUAGE="en",NAME="%s",CHANNELS="2",URI="%s/audio.m3u8"\n'
+        self.put("two.m3u8", "#EXTM3U\n" + rendition % ("a", "main") + rendition % ("b", "comments") + STREAM % (1, "low"))
+        result = self.split("www/two.m3u8", 1)
+        self.assertIn("ERROR: Fail to open the output file path: out/audio_PID_257.out.adts\n", result.err)
+        self.assertIn(self.outputs()["audio_PID_257.out.adts"], [b"main." * 300, b"comments." * 300])
+
     def test_full_device_fails_the_run(self):
         self.split("www/low.m3u8")
         os.remove(self.path("out/low_PID_257.out.adts"))

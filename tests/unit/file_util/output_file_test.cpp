@@ -128,10 +128,12 @@ TEST_F(OutputFileTest, PathThatCannotBeOpenedIsReported) {
 TEST_F(OutputFileTest, RegistryCreatesAPathAnewOnceAndAddsToItAfterwards) {
     const std::string path = folder_.write("out", "from an earlier run");
     const std::string other = folder_.write("other", "from an earlier run");
-    OutputRegistry registry;
-    registry.open(path)->write(bytes_of("one"));
-    registry.open(path)->write(bytes_of(" two"));
-    registry.open(other)->write(bytes_of("x"));
+    {
+        OutputRegistry registry;
+        registry.open(path)->write(bytes_of("one"));
+        registry.open(path)->write(bytes_of(" two"));
+        registry.open(other)->write(bytes_of("x"));
+    }
     EXPECT_EQ(read_file(path), "one two");
     EXPECT_EQ(read_file(other), "x");
     // Another job has a record of its own.
@@ -139,10 +141,28 @@ TEST_F(OutputFileTest, RegistryCreatesAPathAnewOnceAndAddsToItAfterwards) {
     EXPECT_EQ(read_file(path), "three");
 }
 
+TEST_F(OutputFileTest, PathOfALivingRegistryIsRefusedToOthers) {
+    const std::string path = folder_.path("out");
+    auto first = std::make_unique<OutputRegistry>();
+    first->open(path)->write(bytes_of("first"));
+    OutputRegistry second;
+    EXPECT_FALSE(second.open(path));
+    EXPECT_EQ(sink_.count(4082), 1U);
+    EXPECT_EQ(read_file(path), "first") << "closed or not, it stays with its job";
+    first.reset();
+    second.open(path)->write(bytes_of("second"));
+    EXPECT_EQ(read_file(path), "second");
+    EXPECT_EQ(sink_.count(4082), 1U);
+}
+
 TEST_F(OutputFileTest, RegistryForgetsAPathThatCouldNotBeOpened) {
     OutputRegistry registry;
-    EXPECT_FALSE(registry.open(folder_.path("none/out")));
-    EXPECT_STREQ(registry.mode_for(folder_.path("none/out")), "wb");
+    const std::string path = folder_.path("none/out");
+    EXPECT_FALSE(registry.open(path));
+    std::filesystem::create_directory(folder_.path("none"));
+    (void)folder_.write("none/out", "from an earlier run");
+    registry.open(path)->write(bytes_of("new"));
+    EXPECT_EQ(read_file(path), "new");
 }
 
 TEST(OutputFile, FileThatWasRemovedMeanwhileIsNotWhole) {
