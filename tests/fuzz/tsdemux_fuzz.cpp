@@ -12,7 +12,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace mediasplit;
     constexpr std::size_t kPacket = 188;
-    if (size < 1 || size > 400 * kPacket) {
+    if (size < 2 || size > 400 * kPacket) {
         return 0;
     }
     const std::uint8_t mode = data[0];

@@ -27,6 +27,14 @@ void* operator new[](std::size_t size) {
     return operator new(size);
 }
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return std::malloc(size == 0 ? 1 : size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
+    return operator new(size, tag);
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
