@@ -14,9 +14,10 @@ BATCH = os.path.join(REPOSITORY, "batch")
 REPORT = next((program for program in os.environ["MEDIASPLIT_PROGRAMS"].split(":")
                if program.endswith("mediasplit-report")), None)
 
-# Does what it is told on this machine, and notes for whom.
+# Does what it is told on this machine, and notes for whom. Sets the login shell, as sshd does.
 SSH = """#!/usr/bin/env bash
 echo "$1" >>"$HOME/machines_used"
+export SHELL=/bin/sh
 shift
 [ "$1" != -- ] || shift
 exec bash -c "$*"
