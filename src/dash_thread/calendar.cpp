@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "base/ascii.h"
 #include "src/util/text.h"
 
 namespace mediasplit {
@@ -18,10 +19,6 @@ constexpr std::int64_t kLargestNumber = 0x7FFFFFFF;
 
 bool is_space(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 // What a date form reads.
