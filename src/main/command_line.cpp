@@ -12,6 +12,7 @@
 #include "src/main/option_table.h"
 #include "src/main/usage.h"
 #include "src/records/run_options.h"
+#include "src/util/digits.h"
 #include "src/util/text.h"
 
 namespace mediasplit {
@@ -41,10 +42,6 @@ void set_selection(std::int32_t& selection, const char* value) {
     if (value != nullptr) {
         selection = static_cast<std::int32_t>(std::strtol(value, nullptr, 10));
     }
-}
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 After take_input(ParseState& /*state*/, const char* value) {
