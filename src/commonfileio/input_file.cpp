@@ -270,6 +270,14 @@ std::span<const std::uint8_t> read_view(std::uint64_t count, InputFile& file) {
     return view;
 }
 
+std::span<const std::uint8_t> read_block(InputFile& file) {
+    if (!file.stream || file.buffer.empty() ||
+        (is_used_up(file) && (file.stream.at_end() || !refill(file, kInputBlockSize)))) {
+        return {};
+    }
+    return read_view(cut_to_range(file.filled - file.position, file), file);
+}
+
 Status SeekBytes(std::int64_t count, InputFile& file) {
     if (file.stream && !seek_stream(count, file)) {
         return Status::kCantOpen;

@@ -71,7 +71,8 @@ public:
             return 0;
         }
         double value = 0;
-        stringtodouble_of(rest_.substr(sign, end - sign), value);
+        // The end of a text of digits and one point is always a number.
+        (void)std::from_chars(rest_.data() + sign, rest_.data() + end, value);
         value = sign != 0 && rest_[0] == '-' ? -value : value;
         rest_.remove_prefix(end);
         return value;
@@ -103,10 +104,6 @@ private:
         while (!rest_.empty() && is_space(rest_[0])) {
             rest_.remove_prefix(1);
         }
-    }
-    static void stringtodouble_of(std::string_view digits, double& value) {
-        // The end of a text of digits and one point is always a number.
-        (void)std::from_chars(digits.data(), digits.data() + digits.size(), value);
     }
 
     std::string_view rest_;

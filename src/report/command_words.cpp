@@ -163,9 +163,10 @@ bool take_option(OwnOption which, const char* value, CommandWords& words, Choice
             words.wants_help = true;
             return true;
         case kVersion:
-        case kOwnOptionCount:
             words.wants_version = true;
             return true;
+        case kOwnOptionCount:
+            break;
     }
     return false;
 }

@@ -22,6 +22,14 @@ std::uint64_t count_from(const FindingsReport& report, Level level) {
     return count;
 }
 
+std::vector<std::vector<const Finding*>> findings_of_streams(const FindingsReport& report) {
+    std::vector<std::vector<const Finding*>> found(report.streams.size());
+    for (const Finding& finding : report.findings) {
+        found[finding.stream].push_back(&finding);
+    }
+    return found;
+}
+
 FindingsReport with_level(FindingsReport report, Level level) {
     std::erase_if(report.findings,
                   [level](const Finding& finding) { return level_of(row_of(finding)) < level; });

@@ -27,8 +27,6 @@ inline const std::string kNumbers =
 
 class DashRun : public testing::Test, protected WorkerRun {
 protected:
-    // Writes a file of the working folder and serves it below "/".
-    void add(const std::string& name, const std::string& content);
     // init.mp4 and the segments s1.mp4 to s<last>.mp4.
     void add_segments(int last);
 
