@@ -3,7 +3,6 @@
 #include <getopt.h>
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 
 #include "src/report/option_table.h"

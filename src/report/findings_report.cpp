@@ -1,7 +1,6 @@
 #include "src/report/findings_report.h"
 
 #include <numeric>
-#include <utility>
 
 #include "src/log/catalogue.h"
 

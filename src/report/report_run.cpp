@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstdio>
-#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>

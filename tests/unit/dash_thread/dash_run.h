@@ -6,7 +6,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "src/dash_thread/dash_thread.h"
 #include "tests/support/worker_run.h"
