@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <iterator>
 
 #include "src/log/catalogue_row.h"
@@ -31,31 +32,44 @@ inline constexpr int kCatalogueRowCount = [] {
     return count;
 }();
 
-/// The table that a number lies in, or nullptr.
-constexpr const CatalogueTable* find_catalogue_table(int id) {
+/// Place of the table that a number lies in, the number of tables for one that lies in none. (Not a
+/// pointer: under its sanitizers GCC 12 takes no comparison of pointers for a constant.)
+constexpr std::size_t catalogue_table_of(int id) {
+    std::size_t at = 0;
     for (const CatalogueTable& table : kCatalogueTables) {
         if (id >= table.first_id && id - table.first_id < table.row_count) {
-            return &table;
+            break;
         }
+        ++at;
     }
-    return nullptr;
+    return at;
+}
+
+/// Whether a number lies in a table.
+constexpr bool is_in_catalogue(int id) {
+    return catalogue_table_of(id) < std::size(kCatalogueTables);
+}
+
+/// The row with this number, which must lie in a table.
+constexpr const CatalogueRow& catalogue_row(int id) {
+    const CatalogueTable& table = kCatalogueTables[catalogue_table_of(id)];
+    return table.rows[id - table.first_id];
 }
 
 /// The row with this number, or nullptr if the number lies in no table.
 constexpr const CatalogueRow* find_catalogue_row(int id) {
-    const CatalogueTable* const table = find_catalogue_table(id);
-    return table == nullptr ? nullptr : &table->rows[id - table->first_id];
+    return is_in_catalogue(id) ? &catalogue_row(id) : nullptr;
 }
 
 /// Place of a number among all rows, 0 to `kCatalogueRowCount` - 1, or -1 if it lies in no table.
 constexpr int catalogue_index(int id) {
-    const CatalogueTable* const table = find_catalogue_table(id);
-    if (table == nullptr) {
+    if (!is_in_catalogue(id)) {
         return -1;
     }
-    int index = id - table->first_id;
-    for (const CatalogueTable* ahead = kCatalogueTables; ahead != table; ++ahead) {
-        index += ahead->row_count;
+    const std::size_t table = catalogue_table_of(id);
+    int index = id - kCatalogueTables[table].first_id;
+    for (std::size_t ahead = 0; ahead < table; ++ahead) {
+        index += kCatalogueTables[ahead].row_count;
     }
     return index;
 }
