@@ -1,7 +1,6 @@
 #include "src/commonfileio/input_file.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <new>

@@ -8,7 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "src/util/digits.h"
+#include "base/ascii.h"
+#include "src/util/text.h"
 
 namespace mediasplit {
 namespace {

@@ -6,13 +6,13 @@
 #include <iterator>
 #include <string_view>
 
+#include "base/ascii.h"
 #include "src/log/logging.h"
 #include "src/main/checkpoints.h"
 #include "src/main/input_format.h"
 #include "src/main/option_table.h"
 #include "src/main/usage.h"
 #include "src/records/run_options.h"
-#include "src/util/digits.h"
 #include "src/util/text.h"
 
 namespace mediasplit {

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <iterator>
 
-#include "src/util/digits.h"
+#include "base/ascii.h"
 
 namespace mediasplit {
 

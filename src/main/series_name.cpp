@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <optional>
 
-#include "src/util/digits.h"
+#include "base/ascii.h"
 
 namespace mediasplit {
 
