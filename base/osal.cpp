@@ -5,7 +5,6 @@
 #include <sys/resource.h>
 
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
 #include <ctime>
 #include <new>

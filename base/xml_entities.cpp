@@ -1,16 +1,26 @@
 // Text of a document: character references, entities, line ends.
 #include <algorithm>
-#include <limits>
+#include <array>
 
+#include "base/ascii.h"
 #include "base/xml_document.h"
 
 namespace mediasplit {
 namespace {
 
+// What a document's entities may expand to: four times the document, but a mebibyte in any case
+// and 16 at the most.
+constexpr std::uint64_t kExpansionFactor = 4;
+constexpr std::uint64_t kFreeExpansion = 1024 * 1024;
 constexpr std::uint64_t kLargestExpansion = 16 * 1024 * 1024;
+
 constexpr std::uint32_t kDeepestEntity = 16;
 constexpr std::uint64_t kCostCeiling = 1ULL << 40;
 constexpr std::uint32_t kLastCodePoint = 0x10FFFF;
+
+std::uint64_t allowed_expansion(const EzxmlDocument& document) {
+    return std::clamp(kExpansionFactor * document.buffer.size(), kFreeExpansion, kLargestExpansion);
+}
 
 bool is_surrogate(std::uint32_t code) {
     return code >= 0xD800 && code <= 0xDFFF;
@@ -37,34 +47,21 @@ void put_utf8(std::uint32_t code, const Put& put) {
     }
 }
 
-int digit_of(char c, std::uint32_t base) {
-    if (c >= '0' && c <= '9') {
-        return c - '0';
-    }
-    if (base == 16 && c >= 'a' && c <= 'f') {
-        return c - 'a' + 10;
-    }
-    if (base == 16 && c >= 'A' && c <= 'F') {
-        return c - 'A' + 10;
-    }
-    return -1;
-}
-
 // The code point of "#60" or "#x3C", 0 if it is none.
 std::uint32_t code_of_reference(std::string_view name) {
     name.remove_prefix(1);
-    std::uint32_t base = 10;
+    int base = 10;
     if (name.starts_with('x')) {
         base = 16;
         name.remove_prefix(1);
     }
     std::uint32_t code = 0;
     for (const char c : name) {
-        const int digit = digit_of(c, base);
+        const int digit = digit_value(c, base);
         if (digit < 0) {
             return 0;
         }
-        code = code * base + static_cast<std::uint32_t>(digit);
+        code = code * static_cast<std::uint32_t>(base) + static_cast<std::uint32_t>(digit);
         if (code > kLastCodePoint) {
             return 0;
         }
@@ -89,7 +86,7 @@ char predefined(std::string_view name) {
 }
 
 // The name of the reference that begins with the "&" at `at`, empty if none does. A longer name
-// than this can only be that of an entity.
+// than this is none.
 constexpr std::size_t kLongestName = 1024;
 
 std::string_view reference_at(std::string_view text, std::size_t at) {
@@ -179,7 +176,7 @@ private:
     bool entity(std::string_view name, const XmlEntity& entity) {
         if (level_ == 0) {
             document_.expanded += entity.cost;
-            if (document_.expanded > kLargestExpansion) {
+            if (document_.expanded > allowed_expansion(document_)) {
                 culprit_ = name;
                 return false;
             }

@@ -1,7 +1,6 @@
 #include "base/xml_tree.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "base/xml_document.h"
 

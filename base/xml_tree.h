@@ -2,7 +2,6 @@
 // hand. All texts are C texts.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -59,8 +58,9 @@ EzxmlPtr ezxml_new(const char* name);
 
 // Parses a text, which the tree keeps and changes. Never null: after a syntax error the tree holds
 // what came ahead of it, and ezxml_error tells what is wrong. UTF-16 is told by its byte order
-// mark. A zero byte ends the text. Entities of an internal DTD may expand to 16 MiB in a document
-// and refer to each other 16 deep; what goes beyond ends the parsing like a circular one.
+// mark. A zero byte ends the text. Entities of an internal DTD may expand to four times the
+// document (1 MiB in any case, 16 MiB at the most) and refer to each other 16 deep; what goes
+// beyond ends the parsing like a circular one.
 EzxmlPtr ezxml_parse_str(std::string text);
 // The same for the rest of an open file, which stays open. Null for none.
 EzxmlPtr ezxml_parse_fp(std::FILE* file);

@@ -17,6 +17,7 @@ import subprocess
 import time
 
 GIGABYTE = 1_000_000_000
+FRAGMENTED = ("-movflags", "+frag_keyframe+empty_moov")
 
 
 def run(words):
@@ -46,6 +47,7 @@ def measure(words, fresh):
 
 
 Row = collections.namedtuple("Row", "title name wall cpu peak ratio cpu_ratio words")
+FLOORS = ("cp", "cp -r", "dd bs=1M", "openssl aes-128-ctr", "cksum")
 
 TABLE_HEAD = """# Performance
 
@@ -54,7 +56,9 @@ the contenders take turns; inputs and outputs in the page cache. "ours/this" abo
 than the line's program. Nothing here is a limit that a test holds.
 
 The floors: `cp` copies inside the kernel, `dd` reads and writes every byte, as a program must that looks at them,
-`openssl` is the bare cipher, `cksum` one pass with a check word, `cat` one pass.
+`openssl` is the bare cipher, `cksum` one pass with a check word, `cat` one pass. Between `cp` and `dd` lies the second
+copy of every byte, out of the kernel and back. It could be had for nothing only by working on the page cache in place,
+where a file that another program changes or cuts short would change under checks that were made already.
 
 Machine: %s.
 
@@ -75,6 +79,7 @@ class Bench:
         self.options = options
         self.rows = []
         self.notes = []
+        self.peaks = []
 
     def path(self, name):
         return os.path.join(self.options.scratch, name)
@@ -86,6 +91,8 @@ class Bench:
             file.write(TABLE_HEAD % (self.options.runs, machine()))
             for row in self.rows:
                 file.write("| %s | %s | %.3f | %.3f | %.1f | %.2f | %.2f |\n" % row[:-1])
+            self.write_distances(file)
+            self.write_memory(file)
             file.write("\nCommand lines, with the scratch folder left out:\n\n")
             for row in self.rows:
                 words = " ".join(row.words).replace(self.options.scratch + "/", "")
@@ -95,6 +102,19 @@ class Bench:
             if self.options.kernels:
                 with open(self.options.kernels) as kernels:
                     file.write("\nKernels, and decryption beside the bare cipher:\n\n```\n%s```\n" % kernels.read())
+
+    def write_distances(self, file):
+        file.write("\n## Distance to the floor\n\n| Input | Floor | Wall | Processor |\n|---|---|---|---|\n")
+        for row in self.rows:
+            if row.name in FLOORS:
+                file.write("| %s | `%s` | %.2f | %.2f |\n" % (row.title, row.name, row.ratio, row.cpu_ratio))
+
+    def write_memory(self, file):
+        if self.peaks:
+            file.write("\n## Peak memory\n\nMiB for a short and for a long input; what grows is the index tables.\n\n"
+                       "| Input | MB | Peak | MB | Peak |\n|---|---|---|---|---|\n")
+            for row in self.peaks:
+                file.write("| %s | %.0f | %.1f | %.0f | %.1f |\n" % row)
 
     def make(self, name, build):
         path = self.path(name)
@@ -133,8 +153,8 @@ class Bench:
              "-f", "lavfi", "-i", "sine=f=440:r=48000:d=8", "-c:v", "libx264", "-preset", "ultrafast", "-b:v", "60M",
              "-maxrate", "60M", "-bufsize", "60M", "-pix_fmt", "yuv420p", "-c:a", "aac", "-b:a", "192k", path]))
 
-    def looped(self, name, *words):
-        times = max(GIGABYTE // os.path.getsize(self.clip()), 1)
+    def looped(self, name, *words, size=GIGABYTE):
+        times = size // os.path.getsize(self.clip())
         return self.make(name, lambda path: run(
             ["ffmpeg", "-v", "error", "-y", "-stream_loop", str(times), "-i", self.clip(), "-c", "copy", *words, path]))
 
@@ -151,8 +171,7 @@ class Bench:
     def mp4(self):
         streams = ["-map", "0:v", "-c", "copy", "OUT/v.h264", "-map", "0:a", "-c", "copy", "OUT/a.aac"]
         self.against_copies("plain MP4", self.looped("plain.mp4"), streams)
-        self.against_copies("fragmented MP4",
-                            self.looped("fragmented.mp4", "-movflags", "+frag_keyframe+empty_moov"), streams)
+        self.against_copies("fragmented MP4", self.looped("fragmented.mp4", *FRAGMENTED), streams)
 
     def ts(self):
         streams = ["-map", "0:v", "-c", "copy", "OUT/v.h264", "-map", "0:a", "-c", "copy", "OUT/a.aac"]
@@ -165,6 +184,7 @@ class Bench:
         size = sum(entry.stat().st_size for entry in os.scandir(folder))
         self.compare("HLS presentation of 10 renditions, %.0f MB" % (size / 1e6), {
             "mediasplit": self.split(source),
+            "cp -r": ["cp", "-r", folder, self.path("out/copy")],
             "ffmpeg -c copy": ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", source, "-map", "0", "-c", "copy",
                                self.path("out/all.mkv")],
         })
@@ -186,16 +206,29 @@ class Bench:
                                self.path("out/v.h264")],
         })
 
+    def eac3(self, name, size):
+        tone = self.make("tone.ec3", lambda part: run(
+            ["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "anoisesrc=d=60:r=48000:a=0.3", "-ac", "6", "-c:a", "eac3",
+             "-b:a", "640k", "-f", "eac3", part]))
+        return self.make(name, lambda path: repeat(tone, path, size))
+
+    def ac4(self, name, size):
+        return self.make(name, lambda path: write_ac4(path, size))
+
+    def packed_aac(self, name, size):
+        """A playlist with a single long segment, and that segment."""
+        tone = self.make("tone.aac", lambda part: run(
+            ["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "anoisesrc=d=60:r=48000:a=0.3", "-ac", "2", "-c:a", "aac",
+             "-b:a", "320k", "-f", "adts", part]))
+        segment = self.make(name + ".aac", lambda path: repeat(tone, path, size, time_tag()))
+        with open(self.path(name + ".m3u8"), "w") as out:
+            out.write("#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\n%s.aac\n#EXT-X-ENDLIST\n" % name)
+        return self.path(name + ".m3u8"), segment
+
     def elementary(self):
         """Streams that are only read and checked: beside a pass over the bytes, and one with a check word."""
-        def eac3(path):
-            tone = self.make("tone.ec3", lambda part: run(
-                ["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "anoisesrc=d=60:r=48000:a=0.3", "-ac", "6", "-c:a", "eac3",
-                 "-b:a", "640k", "-f", "eac3", part]))
-            repeat(tone, path, GIGABYTE)
-
-        for title, source in [("E-AC-3 stream", self.make("stream.ec3", eac3)),
-                              ("AC-4 stream", self.make("stream.ac4", write_ac4))]:
+        for title, source in [("E-AC-3 stream", self.eac3("stream.ec3", GIGABYTE)),
+                              ("AC-4 stream", self.ac4("stream.ac4", GIGABYTE))]:
             contenders = {"mediasplit": self.split(source), "cat": ["cat", source], "cksum": ["cksum", source]}
             if source.endswith(".ec3"):  # ffmpeg reads no AC-4
                 contenders["ffmpeg -c copy"] = ["ffmpeg", "-v", "error", "-nostdin", "-i", source, "-c", "copy", "-f",
@@ -203,19 +236,12 @@ class Bench:
             self.compare("%s, %.0f MB" % (title, os.path.getsize(source) / 1e6), contenders)
 
     def packed(self):
-        """Packed audio comes in segments of a playlist; this one has a single long segment."""
-        def build(path):
-            tone = self.make("tone.aac", lambda part: run(
-                ["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "anoisesrc=d=60:r=48000:a=0.3", "-ac", "2", "-c:a", "aac",
-                 "-b:a", "320k", "-f", "adts", part]))
-            repeat(tone, path, GIGABYTE, time_tag())
-
-        segment = self.make("segment.aac", build)
-        with open(self.path("packed.m3u8"), "w") as out:
-            out.write("#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\nsegment.aac\n#EXT-X-ENDLIST\n")
+        """Packed audio comes in segments of a playlist."""
+        source, segment = self.packed_aac("packed", GIGABYTE)
         self.compare("packed AAC, %.0f MB" % (os.path.getsize(segment) / 1e6), {
-            "mediasplit": self.split(self.path("packed.m3u8")),
+            "mediasplit": self.split(source),
             "cp": ["cp", segment, self.path("out/copy")],
+            "dd bs=1M": ["dd", "if=" + segment, "of=" + self.path("out/copy"), "bs=1M"],
             "ffmpeg -c copy": ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", segment, "-c", "copy", self.path("out/a.aac")],
         })
 
@@ -226,6 +252,7 @@ class Bench:
         size = sum(entry.stat().st_size for entry in os.scandir(folder))
         self.compare("DASH presentation of 10 Representations, %.0f MB" % (size / 1e6), {
             "mediasplit": self.split(source),
+            "cp -r": ["cp", "-r", folder, self.path("out/copy")],
             "ffmpeg -c copy": ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", source, "-map", "0", "-c", "copy",
                                self.path("out/all.mkv")],
         })
@@ -242,6 +269,36 @@ class Bench:
                               (representations, megabytes, statistics.median(wall for wall, _, _ in figures),
                                max(peak for _, _, peak in figures) / 1024))
             print("\n" + self.notes[-1])
+
+    def ranges(self):
+        """One file that a playlist names range by range, as it comes out of a single-file packager."""
+        folder = self.make("ranges", write_ranges)
+        source = os.path.join(folder, "list.m3u8")
+        self.compare("HLS playlist of 3600 byte ranges, %.0f MB" % (os.path.getsize(os.path.join(folder, "list.m4s")) / 1e6), {
+            "mediasplit": self.split(source),
+            "cp": ["cp", os.path.join(folder, "list.m4s"), self.path("out/copy")],
+            "ffmpeg -c copy": ["ffmpeg", "-v", "error", "-nostdin", "-y", "-i", source, "-c", "copy", self.path("out/v.h264")],
+        })
+
+    def memory(self):
+        """Peaks of two sizes of each format."""
+        formats = {
+            "plain MP4": lambda tag, size: self.looped(tag + "plain.mp4", size=size),
+            "fragmented MP4": lambda tag, size: self.looped(tag + "fragmented.mp4", *FRAGMENTED, size=size),
+            "transport stream": lambda tag, size: self.looped(tag + "stream.ts", size=size),
+            "E-AC-3 stream": lambda tag, size: self.eac3(tag + "stream.ec3", size),
+            "AC-4 stream": lambda tag, size: self.ac4(tag + "stream.ac4", size),
+            "packed AAC": lambda tag, size: self.packed_aac(tag + "packed", size),
+        }
+        for title, make in formats.items():
+            figures = []
+            for tag, size in (("short_", GIGABYTE // 16), ("", GIGABYTE)):
+                source = make(tag, size)
+                source, media = source if isinstance(source, tuple) else (source, source)
+                figures += [os.path.getsize(media) / 1e6, measure(self.split(source), [self.path("out/")])[2] / 1024]
+            self.peaks.append((title, *figures))
+            print("\n%s: %.0f MB peak at %.1f MiB, %.0f MB at %.1f MiB" % self.peaks[-1])
+        self.write_table()
 
     def many_samples(self):
         """Ten times the samples; the ratio of the times tells how the walk grows."""
@@ -286,6 +343,17 @@ def write_playlist(folder, clip):
         for i in range(8):
             master.write('#EXT-X-STREAM-INF:BANDWIDTH=%d,FRAME-RATE=25,CODECS="avc1.640028,mp4a.40.2",AUDIO="a"\nlist%d.m3u8\n'
                          % (60_000_000 + i, i))
+
+
+def write_ranges(folder):
+    """An hour of small fragments of one second."""
+    os.makedirs(folder, exist_ok=True)
+    second = os.path.join(folder, "second.mp4")
+    run(["ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "testsrc2=s=640x360:r=25:d=1", "-c:v", "libx264", "-preset",
+         "ultrafast", "-b:v", "800k", "-pix_fmt", "yuv420p", second])
+    subprocess.run(["ffmpeg", "-v", "error", "-y", "-stream_loop", "3599", "-i", second, "-c", "copy", "-f", "hls",
+                    "-hls_segment_type", "fmp4", "-hls_flags", "single_file", "-hls_time", "1", "-hls_playlist_type", "vod",
+                    "list.m3u8"], check=True, cwd=folder)
 
 
 def write_large_manifest(folder, representations, megabytes):
@@ -380,18 +448,18 @@ def repeat(source, path, size, head=b""):
             out.write(content)
 
 
-def write_ac4(path):
+def write_ac4(path, size):
     """Sync frames of a real table of contents and 1500 bytes each."""
     corpus = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "tests/fuzz/corpus/ac4_analyzer")
     with open(os.path.join(corpus, "stereo"), "rb") as file:
         content = file.read()[1:]
     frame = content[2:2 + int.from_bytes(content[:2], "big")].ljust(1500, b"\0")
     with open(path, "wb") as out:
-        for _ in range(GIGABYTE // (len(frame) + 4) // 1000):
+        for _ in range(size // (len(frame) + 4) // 1000):
             out.write((b"\xac\x40" + len(frame).to_bytes(2, "big") + frame) * 1000)
 
 
-JOBS = ["mp4", "ts", "playlist", "dash", "encrypted", "elementary", "packed", "many_samples"]
+JOBS = ["mp4", "ts", "playlist", "ranges", "dash", "encrypted", "elementary", "packed", "many_samples", "memory"]
 
 
 def main():

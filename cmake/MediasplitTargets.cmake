@@ -20,10 +20,6 @@ if(MEDIASPLIT_LIBFUZZER)
   target_compile_options(mediasplit_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-
-# mediasplit_library(<name> SOURCES <files...> [DEPENDS <targets...>])
-# Includes are written from the repository root ("base/orv_bitbuf.h", "src/log/logging.h").
-# A folder sees only the folders it declares: the dependency list is the floor rule.
 # Options of test code: quick to compile, and without the warnings of GCC 12 that are known to be wrong
 # about vectors made from lists.
 add_library(mediasplit_test_options INTERFACE)
@@ -31,6 +27,9 @@ target_compile_options(mediasplit_test_options INTERFACE -O1
   $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread
     -Wno-mismatched-new-delete>)
 
+# mediasplit_library(<name> SOURCES <files...> [DEPENDS <targets...>])
+# Includes are written from the repository root ("base/orv_bitbuf.h", "src/log/logging.h").
+# A folder sees only the folders it declares: the dependency list is the floor rule.
 function(mediasplit_library name)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
   # Folders are added lowest floor first: what isn't there yet lies on a higher one.
@@ -70,8 +69,8 @@ endfunction()
 add_custom_target(fuzz_harnesses)
 
 # mediasplit_fuzzer(<name> SOURCE <file> [MUTATOR <file>] [DEPENDS <targets...>])
-# With libFuzzer: a fuzzing program, which changes its inputs by LLVMFuzzerCustomMutator of the mutator. Without: a program that replays tests/fuzz/corpus/<name> as an
-# ordinary test.
+# With libFuzzer: a fuzzing program, which changes its inputs by LLVMFuzzerCustomMutator of the mutator.
+# Without: a program that replays tests/fuzz/corpus/<name> as an ordinary test.
 function(mediasplit_fuzzer name)
   if(NOT MEDIASPLIT_TESTS AND NOT MEDIASPLIT_LIBFUZZER)
     return()

@@ -9,7 +9,7 @@ set -euo pipefail
 build_packages=(g++ cmake ninja-build make libcurl4-openssl-dev libmbedtls-dev
                 nlohmann-json3-dev)
 package_packages=(dpkg-dev file git mmdebstrap)
-test_packages=(libgtest-dev libgmock-dev libbenchmark-dev clang clang-tidy clang-format
+test_packages=(ca-certificates libgtest-dev libgmock-dev libbenchmark-dev clang clang-tidy clang-format
                llvm ffmpeg mediainfo nginx-light openssl iso-codes python3 python3-jsonschema python3-yaml
                dpkg-dev file jq mandoc parallel shellcheck yamllint zsh)
 

@@ -4,36 +4,12 @@
 #include <array>
 #include <cstddef>
 
+#include "ac4/descriptor_generator/dsi_record.h"
+#include "ac4/metadata/channel_modes.h"
 #include "ac4/toc_reader/channel_modes.h"
 
 namespace mediasplit {
 namespace {
-
-struct ModeOfCode {
-    std::int32_t code;
-    std::int32_t mode;
-};
-
-constexpr std::array<ModeOfCode, 18> kModeOfCode = {{
-    {kModeMono, 0},
-    {kModeStereo, 1},
-    {kModeImmersiveStereo, 1},
-    {kModeImmersiveStereoObjects, 1},
-    {24, 2},
-    {kMode50, 3},
-    {kMode51, 4},
-    {kMode70Back, 5},
-    {kMode71Back, 6},
-    {kMode70Wide, 7},
-    {kMode71Wide, 8},
-    {kMode70Top, 9},
-    {kMode71Top, 10},
-    {kMode704, 11},
-    {kMode714, 12},
-    {kMode904, 13},
-    {kMode914, 14},
-    {kMode222, 15},
-}};
 
 constexpr std::array<std::uint32_t, 16> kModeChannels = {1, 2, 3, 5,  6,  7,  8,  7,
                                                          8, 7, 8, 11, 12, 13, 14, 24};
@@ -65,8 +41,6 @@ constexpr std::array<MaskOfMode, 16> kModeMasks = {{
     {0x10045, 0x10047},
     {0x2FF7F, 0x2FF7F},
 }};
-constexpr std::uint32_t kFirstFlaggedMode = 11;
-constexpr std::uint32_t kLastFlaggedMode = 14;
 constexpr std::uint32_t kMaskOfOtherModes = 1;
 constexpr std::uint32_t kMaskOneTopPair = 0x80;
 constexpr std::uint32_t kMaskTwoTopPairs = 0x30;
@@ -102,9 +76,8 @@ std::uint32_t fixed_channels(std::int32_t code) {
 }  // namespace
 
 std::int32_t convert_2_ac4_ch_mode(std::int32_t code) {
-    const auto* row = std::find_if(kModeOfCode.begin(), kModeOfCode.end(),
-                                   [code](const ModeOfCode& each) { return each.code == code; });
-    return row != kModeOfCode.end() ? row->mode : -1;
+    // The escape is a mode of its own in the stream alone.
+    return code == kModeEscape ? kNoChannelMode : ch_mode_from_code(code);
 }
 
 std::uint32_t chmode_2_channel_count(std::uint32_t mode) {
@@ -119,8 +92,7 @@ std::uint32_t get_channel_mask_v1(std::uint32_t dsi_presentation_ch_mode,
     }
     const MaskOfMode& row = kModeMasks[dsi_presentation_ch_mode];
     std::uint32_t mask = b_4_back_channels_present ? row.with_4_back : row.plain;
-    if (dsi_presentation_ch_mode < kFirstFlaggedMode ||
-        dsi_presentation_ch_mode > kLastFlaggedMode) {
+    if (!dsi_mode_has_flags(dsi_presentation_ch_mode)) {
         return mask;
     }
     if (top_channel_pairs == 1) {

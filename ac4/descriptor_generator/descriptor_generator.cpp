@@ -7,7 +7,6 @@ namespace mediasplit {
 namespace {
 
 constexpr std::int32_t kVersionWithOldSyntax = 1;
-constexpr std::int32_t kVersionWithGroups = 2;
 constexpr std::uint32_t kMost16 = 0xFFFF;
 
 auto allocation(DescriptorGenerator** generator) {
@@ -99,7 +98,7 @@ std::uint32_t orv_ac4descgen_update_AC4SampleEntry(DescriptorGenerator* generato
     generator->warnings = 0;
     update_sample_entry(analysis, reference);
     if (analysis.bitstream_version != kVersionWithOldSyntax &&
-        analysis.bitstream_version != kVersionWithGroups) {
+        analysis.bitstream_version != kGroupSyntaxVersion) {
         return kDescriptorBadVersion;
     }
     update_head(analysis, reference);

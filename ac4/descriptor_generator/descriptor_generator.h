@@ -19,8 +19,8 @@ inline constexpr std::uint32_t kDescriptorBadChannelMode = 1;  // of a channel c
 inline constexpr std::uint32_t kDescriptorBadType = 5;         // of a presentation
 inline constexpr std::uint32_t kDescriptorPresentations = 8;   // more than 64
 inline constexpr std::uint32_t kDescriptorBadVersion = 16;     // bitstream_version not 1 or 2
-inline constexpr std::uint32_t kDescriptorIndicator =
-    17;  // marked immersive, by its layout it isn't
+// Marked immersive, by its layout it isn't.
+inline constexpr std::uint32_t kDescriptorIndicator = 17;
 
 struct DescriptorGeneratorConfig {};
 

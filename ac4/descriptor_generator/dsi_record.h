@@ -147,6 +147,12 @@ struct ReferenceDsi : DsiHead {
     std::vector<DsiPresentation> presentations;
 };
 
+// Whether flags for back channels, centre and pairs of top channels go with a
+// dsi_presentation_ch_mode: 7.0.4, 7.1.4, 9.0.4 and 9.1.4.
+constexpr bool dsi_mode_has_flags(std::uint32_t mode) {
+    return mode >= 11 && mode <= 14;
+}
+
 // Number of substream groups of a presentation_config_v1; `minus2` is asked for the coded number.
 constexpr std::uint32_t dsi_group_count(std::uint32_t config, std::uint32_t minus2) {
     constexpr std::array<std::uint32_t, 5> kGroups = {2, 2, 2, 3, 3};

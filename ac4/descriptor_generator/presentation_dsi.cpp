@@ -13,8 +13,6 @@ namespace {
 
 constexpr std::int32_t kVersionImmersiveStereo = 2;
 constexpr std::uint32_t kMostPlainPresentationId = 31;
-constexpr std::uint32_t kFirstFlaggedMode = 11;
-constexpr std::uint32_t kLastFlaggedMode = 14;
 constexpr std::int32_t kFirstCoreMode = 3;
 
 constexpr std::uint32_t bit(bool value) {
@@ -90,8 +88,7 @@ std::uint32_t set_layout(const AnalysisPresentation& presentation, DsiPresentati
     out->b_presentation_channel_coded = 1;
     out->dsi_presentation_ch_mode = static_cast<std::uint32_t>(mode);
     const auto pairs = static_cast<std::uint32_t>(presentation.top_channels_present);
-    if (out->dsi_presentation_ch_mode >= kFirstFlaggedMode &&
-        out->dsi_presentation_ch_mode <= kLastFlaggedMode) {
+    if (dsi_mode_has_flags(out->dsi_presentation_ch_mode)) {
         out->pres_b_4_back_channels_present = bit(presentation.b_4_back_channels_present);
         out->pres_top_channel_pairs = pairs;
     }

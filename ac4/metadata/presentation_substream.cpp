@@ -1,8 +1,5 @@
 #include "ac4/metadata/presentation_substream.h"
 
-#include <algorithm>
-#include <initializer_list>
-
 #include "ac4/oamd/field_forms.h"
 
 namespace mediasplit {

@@ -5,7 +5,7 @@ namespace {
 
 constexpr std::uint8_t kCustomTrims = 2;  // global_trim_mode
 
-// Reads a pair of 4-bit codes, high half first, each only if its flag is set.
+// A code of 4 bits, 0 if its flag isn't set.
 std::uint8_t read_code_if(FieldReader& in, bool wanted) {
     return wanted ? read_byte(in, 4) : std::uint8_t{0};
 }

@@ -9,8 +9,6 @@
 namespace mediasplit {
 namespace {
 
-constexpr std::int32_t kGroupSyntaxVersion = 2;
-
 // Takes one layout in: a code and what it stands for.
 void add_layout(std::int32_t code, std::uint32_t bitmap, LayoutSum* sum) {
     sum->common_code = !sum->any || sum->common_code == code ? code : 0;

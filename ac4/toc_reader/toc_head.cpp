@@ -4,11 +4,7 @@ namespace mediasplit {
 namespace {
 
 constexpr std::int32_t kLastFrameRate = 13;  // the only one at 44.1 kHz
-constexpr std::int32_t kModeUnbounded = 2;
-constexpr std::int32_t kModeBounded = 3;
-constexpr std::int32_t kModeConstant = 4;
 constexpr std::int32_t kNoBound = 7;
-constexpr std::int32_t kBrCodePresent = 16;
 
 void read_wait_frames(TocParser& parser, TocHead* head) {
     head->b_wait_frames = read_flag(parser.in);
@@ -17,11 +13,12 @@ void read_wait_frames(TocParser& parser, TocHead* head) {
     }
     head->wait_frames = static_cast<std::int32_t>(read_field(parser.in, 3));
     if (head->wait_frames == 0) {
-        head->bit_rate_mode = kModeConstant;
+        head->bit_rate_mode = BitRateMode::kConstant;
         return;
     }
     head->br_code = static_cast<std::int32_t>(read_field(parser.in, 2)) | kBrCodePresent;
-    head->bit_rate_mode = head->wait_frames == kNoBound ? kModeUnbounded : kModeBounded;
+    head->bit_rate_mode =
+        head->wait_frames == kNoBound ? BitRateMode::kAverage : BitRateMode::kBuffered;
 }
 
 void read_presentation_count(TocParser& parser, TocHead* head) {
@@ -56,8 +53,7 @@ void read_program_id(TocParser& parser, TocHead* head) {
 
 }  // namespace
 
-void AC4_ANALYZE_ac4toc_parse_num_presentations(TocParser& parser,
-                                                std::int32_t last_bit_rate_mode) {
+void AC4_ANALYZE_ac4toc_parse_num_presentations(TocParser& parser, BitRateMode last_bit_rate_mode) {
     TocHead& head = parser.head;
     head = TocHead{};
     head.bit_rate_mode = last_bit_rate_mode;
@@ -93,7 +89,7 @@ void copy_head(const TocHead& head, TocInfo* info) {
     info->frame_rate_index = head.frame_rate_index;
     info->wait_frames_plus1 = head.b_wait_frames ? head.wait_frames + 1 : 0;
     info->br_code = head.br_code;
-    info->bit_rate_mode = head.bit_rate_mode;
+    info->bit_rate_mode = static_cast<std::int32_t>(head.bit_rate_mode);
     info->b_iframe_global = head.b_iframe_global;
     info->n_presentations = head.n_presentations;
     info->sequence_counter = head.sequence_counter;

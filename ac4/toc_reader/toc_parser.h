@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "ac4/bitrate/brcalc.h"
 #include "ac4/syntax/field_reader.h"
 #include "ac4/toc_reader/toc_records.h"
 
@@ -18,8 +19,8 @@ struct TocHead {
     std::int32_t sequence_counter = 0;
     bool b_wait_frames = false;
     std::int32_t wait_frames = 0;
-    std::int32_t br_code = 0;  // value | 16, or 0
-    std::int32_t bit_rate_mode = 0;
+    std::int32_t br_code = 0;  // value | kBrCodePresent, or 0
+    BitRateMode bit_rate_mode = BitRateMode::kNone;
     std::int32_t fs_index = 0;
     std::int32_t frame_rate_index = 0;
     bool b_iframe_global = false;

@@ -9,7 +9,6 @@ namespace mediasplit {
 namespace {
 
 constexpr std::uint64_t kLeastFrameBytes = 4;  // 25 bits
-constexpr std::int32_t kGroupSyntaxVersion = 2;
 
 auto allocation(Ac4TocReader** reader, std::uint8_t** copy, std::uint64_t copy_size) {
     return [reader, copy, copy_size](memlib* mem, MemPhase phase) {

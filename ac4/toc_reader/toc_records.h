@@ -29,6 +29,12 @@ inline constexpr std::size_t kMaxLanguageBytes = 64;
 
 inline constexpr std::int32_t kNoIndex = -1;
 
+// The bitstream_version whose presentations refer to substream groups.
+inline constexpr std::int32_t kGroupSyntaxVersion = 2;
+
+// Stands beside a br_code, which may be 0 itself.
+inline constexpr std::int32_t kBrCodePresent = 16;
+
 // Where a substream lies in the frame, in bytes; size 0 for none.
 struct SubstreamSegment {
     std::uint64_t offset = 0;
@@ -61,8 +67,8 @@ struct TocInfo {
     std::int32_t fs_index = 0;
     std::int32_t frame_rate_index = 0;
     std::int32_t wait_frames_plus1 = 0;  // 0: none coded
-    std::int32_t br_code = 0;            // value | 16, or 0: none coded
-    std::int32_t bit_rate_mode = 0;      // 2 unbounded, 3 bounded, 4 constant; keeps its last value
+    std::int32_t br_code = 0;            // value | kBrCodePresent, or 0: none coded
+    std::int32_t bit_rate_mode = 0;      // a BitRateMode; keeps its last value
     std::int32_t rate_status = 0;
     std::uint64_t rate_mean = 0;  // bits per second
     std::uint64_t rate_peak = 0;  // bits per second

@@ -9,8 +9,6 @@
 namespace mediasplit {
 namespace {
 
-constexpr std::int32_t kGroupSyntaxVersion = 2;
-
 std::int64_t frame_bits(const Ac4TocReader& reader) {
     return reader.frame_bytes * 8;
 }
@@ -44,7 +42,7 @@ void update_rate(Ac4TocReader* reader) {
     input.wait_frames_minus1 = head.wait_frames - 1;
     input.b_wait_frames = head.b_wait_frames;
     input.sequence_counter = head.sequence_counter;
-    input.mode = static_cast<BitRateMode>(head.bit_rate_mode);
+    input.mode = head.bit_rate_mode;
     reader->rate = BrcalcOutput{};
     AC4_ANALYZE_ac4_brcalc_process(&reader->rate_state, input, &reader->rate);
     reader->rate_known = true;

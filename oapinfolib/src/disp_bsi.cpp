@@ -1,5 +1,4 @@
 #include <array>
-#include <cstdlib>
 #include <span>
 
 #include "oapinfolib/src/bsid.h"

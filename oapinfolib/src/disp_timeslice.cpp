@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <cstdlib>
 
 #include "oapinfolib/src/disp.h"
@@ -60,17 +59,12 @@ int compare_dependents(std::uint16_t flags, const ProgramRecord& program,
     return kDispSame;
 }
 
-std::size_t program_count(const Timeslice& timeslice) {
-    return static_cast<std::size_t>(
-        std::clamp<int>(timeslice.nprograms, 0, static_cast<int>(kMaxPrograms)));
-}
-
 int compare_programs(std::uint16_t flags, const Timeslice& timeslice, const Timeslice& shadow) {
     const bool by_program = (flags & kDispProgram) != 0;
     if (timeslice.nprograms != shadow.nprograms) {
         return by_program ? kDispProgramChanged : kDispIndependentChanged;
     }
-    for (std::size_t i = 0; by_program && i < program_count(timeslice); ++i) {
+    for (std::size_t i = 0; by_program && i < programs_in_use(timeslice); ++i) {
         if (is_program_changed(timeslice.program[i], shadow.program[i])) {
             return kDispProgramChanged;
         }
@@ -147,7 +141,7 @@ void print_timeslice_rows(std::uint16_t flags, const ComplianceBlock& block) {
 void print_timeslice(std::uint16_t flags, const Timeslice& timeslice) {
     const bool is_titled = (flags & (kDispProgram | kDispIndependent | kDispDependent)) != 0;
     bool doubtful = false;
-    for (std::size_t i = 0; is_titled && i < program_count(timeslice); ++i) {
+    for (std::size_t i = 0; is_titled && i < programs_in_use(timeslice); ++i) {
         const ProgramRecord& program = timeslice.program[i];
         if (i == 0) {
             disp_spacer();
@@ -167,7 +161,7 @@ void print_timeslice(std::uint16_t flags, const Timeslice& timeslice) {
 
 int disp_new_ts(std::uint16_t flags, const Timeslice& timeslice, const Timeslice& shadow) {
     int reason = compare_programs(flags, timeslice, shadow);
-    for (std::size_t i = 0; reason == kDispSame && i < program_count(timeslice); ++i) {
+    for (std::size_t i = 0; reason == kDispSame && i < programs_in_use(timeslice); ++i) {
         const ProgramRecord& program = timeslice.program[i];
         if ((flags & kDispIndependent) != 0) {
             reason = compare_frames(flags, program.independent, shadow.program[i].independent,

@@ -14,11 +14,6 @@ static_assert(sizeof(void*) != 8 || sizeof(Timeslice) == 182024);
 
 const SubstreamRecord kEmptySubstream{};
 
-std::size_t programs_in_use(const Timeslice& timeslice) {
-    return static_cast<std::size_t>(
-        std::clamp<int>(timeslice.nprograms, 0, static_cast<int>(kMaxPrograms)));
-}
-
 // What an unused program carries from one time slice to the next.
 bool same_counters(const SubstreamRecord& a, const SubstreamRecord& b) {
     return a.convsync == b.convsync && a.previous_convsync == b.previous_convsync &&

@@ -133,6 +133,11 @@ struct TimesliceState {
     ComplianceBlock failures;  // merged over the stream
 };
 
+// Number of programs in use.
+inline std::size_t programs_in_use(const Timeslice& timeslice) {
+    return static_cast<std::size_t>(timeslice.nprograms);
+}
+
 // Sets a slot to the values of an empty one.
 void reset_substream(SubstreamRecord& record);
 

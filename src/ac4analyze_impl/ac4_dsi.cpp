@@ -14,8 +14,6 @@ namespace {
 constexpr std::uint32_t kFirstDescribedVersion = 2;  // of the bitstream
 constexpr std::uint32_t kLastPresentationVersion = 2;
 constexpr std::uint32_t kExtendedPresBytes = 255;
-constexpr std::uint32_t kFirstFlaggedMode = 11;
-constexpr std::uint32_t kLastFlaggedMode = 14;
 
 using Head = DsiHead;
 using Fields = DsiPresentationFields;
@@ -232,8 +230,7 @@ bool read_layout(DsiReader& in, DsiPresentation* presentation, Ezxml* node) {
     if (!in.value<Fields>(kChannelMode, presentation, node)) {
         return false;
     }
-    const std::uint32_t mode = presentation->dsi_presentation_ch_mode;
-    const bool flagged = mode >= kFirstFlaggedMode && mode <= kLastFlaggedMode;
+    const bool flagged = dsi_mode_has_flags(presentation->dsi_presentation_ch_mode);
     return (!flagged || in.values<Fields>(kModeFlags, presentation, node)) &&
            in.value<Fields>(kChannelMask, presentation, node);
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <string>
 
 #include "base/xml_tree.h"
@@ -23,15 +22,16 @@ class DsiReader {
 public:
     explicit DsiReader(ByteSpan data, std::uint64_t position = 0);
 
+    // A value, which also goes into the tree.
     bool value(std::uint32_t width, const char* name, std::uint32_t* out, Ezxml* node);
-    // A value that is dropped.
+    // A value that stays out of the tree.
+    bool peel(std::uint32_t width, std::uint32_t* out);
+    // Bits that are dropped.
     bool skip(std::uint64_t bits);
     // `count` bytes.
     bool bytes(std::uint32_t count, std::string* out);
     // Up to a multiple of 8 bits behind `start`.
     bool align(std::uint64_t start);
-    // Reads a value that isn't kept.
-    bool peel(std::uint32_t width, std::uint32_t* out);
     // Moves forward to a position, or to the end of the data if that comes first. What lies behind
     // stays behind.
     void jump(std::uint64_t position);

@@ -6,23 +6,13 @@
 #include <cstdio>
 #include <string_view>
 
+#include "src/util/text.h"
+
 namespace mediasplit {
 namespace {
 
 constexpr std::size_t kFullCodecLength = 13;
 constexpr std::uint32_t kNoPresentation = 0xFFFFFFFF;
-
-int hex_digit(char digit) {
-    if (digit >= '0' && digit <= '9') {
-        return digit - '0';
-    }
-    const char lower = static_cast<char>(digit | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-bool is_component(std::string_view text) {
-    return text.size() == 2 && hex_digit(text[0]) >= 0 && hex_digit(text[1]) >= 0;
-}
 
 }  // namespace
 
@@ -75,15 +65,14 @@ int extract_ac4_profile_value_from_dash_codecs(OptText codecs, Ac4CodecProfile* 
         if (text[point] != '.' || check_ac4_codec_component_value_valid(component) != 0) {
             return 1;
         }
-        values[i] =
-            static_cast<std::uint32_t>(hex_digit(component[0]) * 16 + hex_digit(component[1]));
+        values[i] = str2uint_hex(component);
     }
     *profile = {values[0], values[1], values[2]};
     return 0;
 }
 
 int check_ac4_codec_component_value_valid(OptText component) {
-    return component && is_component(*component) ? 0 : 1;
+    return component && component->size() == 2 ? check_str_hex(component) : 1;
 }
 
 }  // namespace mediasplit

@@ -13,7 +13,6 @@ namespace {
 constexpr std::array<std::uint32_t, 3> kVersion = {4, 1, 0};
 constexpr std::uint64_t kStreamMargin = 11;
 constexpr std::int32_t kLastSequenceCounter = 1020;
-constexpr std::int32_t kBrCodePresent = 16;
 constexpr std::array<std::int32_t, 14> kFrameLengths = {1920, 1920, 2048, 1536, 1536, 960, 960,
                                                         1024, 768,  768,  512,  384,  384, 2048};
 constexpr std::int32_t kOnlyFrameRate441 = 13;

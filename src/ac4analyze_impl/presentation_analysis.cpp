@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <span>
-#include <string_view>
 
 #include "ac4/metadata/channel_modes.h"
 #include "ac4/metadata/emdf_payloads.h"
@@ -14,7 +13,6 @@
 namespace mediasplit {
 namespace {
 
-constexpr std::int32_t kGroupSyntaxVersion = 2;
 constexpr std::size_t kMostObjects = 64;
 
 // The frame under analysis and where its numbering of substreams stands.
@@ -273,7 +271,18 @@ int read_emdf_segment(FrameWalk& walk, std::int32_t slot, const SubstreamSegment
                                   static_cast<std::size_t>(segment.size), &context));
 }
 
-// Payloads of the presentation's own EMDF substreams go with its first substream.
+// Whether an added EMDF substream was named before, as the presentation's own or as an added one.
+bool is_named_before(const EmdfInfo& emdf, std::size_t added) {
+    const std::int32_t index = emdf.added[added].substream_index;
+    const auto* const end = emdf.added.data() + added;
+    return index == emdf.own.substream_index ||
+           std::any_of(emdf.added.data(), end, [index](const EmdfSubstream& other) {
+               return other.substream_index == index;
+           });
+}
+
+// Payloads of the presentation's own EMDF substreams go with its first substream. Each is read
+// once, however often it is named: a frame must not cost many times its size.
 int analyze_emdf(FrameWalk& walk, AnalysisPresentation* presentation) {
     EmdfInfo emdf;
     const int code = AC4_ANALYZE_ac4toc_reader_get_emdf_info(walk.analyzer->toc_reader,
@@ -285,8 +294,10 @@ int analyze_emdf(FrameWalk& walk, AnalysisPresentation* presentation) {
     const std::int32_t slot =
         presentation->n_substreams > 0 ? presentation->substreams[0] : kUnusedSlot;
     int result = read_emdf_segment(walk, slot, emdf.own_segment);
-    for (std::int32_t i = 0; i < emdf.count && result == kAnalyzeOk; ++i) {
-        result = read_emdf_segment(walk, slot, emdf.added_segments[static_cast<std::size_t>(i)]);
+    for (std::size_t i = 0; i < static_cast<std::size_t>(emdf.count) && result == kAnalyzeOk; ++i) {
+        if (!is_named_before(emdf, i)) {
+            result = read_emdf_segment(walk, slot, emdf.added_segments[i]);
+        }
     }
     return result;
 }

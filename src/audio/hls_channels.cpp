@@ -1,6 +1,7 @@
 #include "src/audio/hls_channels.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 
 #include "src/log/logging.h"
@@ -23,6 +24,24 @@ bool note_channels(ManifestContext& context, std::uint32_t channels) {
     return channels <= context.channel_count;
 }
 
+// The rule that CHANNELS is the one right text, by where the stream tells its channels.
+using TextRule = MessageId<std::uint32_t, std::string, std::optional<std::string>>;
+
+struct TextRules {
+    TextRule packed_audio;
+    TextRule sample_entry;
+};
+constexpr TextRules kObjectAudioText = {4291, 4285};
+constexpr TextRules kChannelCountText = {4288, 4287};
+
+Status check_text(const ManifestContext& context, const std::string& expected,
+                  const TextRules& rules, AudioCarrier carrier, Loglist* loglist) {
+    const TextRule rule =
+        carrier == AudioCarrier::kPackedAudio ? rules.packed_audio : rules.sample_entry;
+    return check(context.channels_text == expected, loglist, rule, channels_context(context),
+                 context.rendition_index, expected, context.channels_text);
+}
+
 bool names_identifier(const ManifestContext& context, std::uint32_t identifier) {
     return context.channels_have_identifier == 0 || identifier == 1;
 }
@@ -41,13 +60,8 @@ Status check_joc(ManifestContext& context, std::uint32_t complexity, AudioCarrie
         return status;
     }
     if (context.channels_parsed == 0) {
-        const std::string expected = std::to_string(complexity) + "/JOC";
-        const bool holds = context.channels_text == expected;
-        return carrier == AudioCarrier::kPackedAudio
-                   ? check(holds, loglist, 4291, where, context.rendition_index, expected,
-                           context.channels_text)
-                   : check(holds, loglist, 4285, where, context.rendition_index, expected,
-                           context.channels_text);
+        return check_text(context, std::to_string(complexity) + "/JOC", kObjectAudioText, carrier,
+                          loglist);
     }
     Status status = check_ec3_limit(context, complexity, loglist);
     status |= check(names_identifier(context, context.channels_joc), loglist, 4290, where,
@@ -64,14 +78,7 @@ Status check_channels(ManifestContext& context, std::uint32_t channels, AudioCar
     if (context.channels_parsed != 0) {
         return check_ec3_limit(context, channels, loglist);
     }
-    const LogContext where = channels_context(context);
-    const std::string expected = std::to_string(channels);
-    const bool holds = context.channels_text == expected;
-    return carrier == AudioCarrier::kPackedAudio
-               ? check(holds, loglist, 4288, where, context.rendition_index, expected,
-                       context.channels_text)
-               : check(holds, loglist, 4287, where, context.rendition_index, expected,
-                       context.channels_text);
+    return check_text(context, std::to_string(channels), kChannelCountText, carrier, loglist);
 }
 
 }  // namespace

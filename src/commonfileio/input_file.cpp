@@ -1,7 +1,6 @@
 #include "src/commonfileio/input_file.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -293,6 +292,14 @@ std::span<const std::uint8_t> read_view(std::uint64_t count, InputFile& file) {
     file.position += count;
     account(count, file);
     return view;
+}
+
+std::span<const std::uint8_t> read_block(InputFile& file) {
+    if (!file.stream || file.buffer.empty() ||
+        (is_used_up(file) && (file.stream.at_end() || !refill(file, kInputBlockSize)))) {
+        return {};
+    }
+    return read_view(cut_to_range(file.filled - file.position, file), file);
 }
 
 Status SeekBytes(std::int64_t count, InputFile& file) {

@@ -70,6 +70,11 @@ std::uint64_t ReadBytes(void* destination, std::uint64_t count, InputFile& file)
 // next call for this file.
 std::span<const std::uint8_t> read_view(std::uint64_t count, InputFile& file);
 
+// Shows and passes what the buffer holds, which is filled again first if it is used up: a block at
+// the most. Empty at the end of the range or of the file, and for a memory source. The view holds
+// until the next call for this file.
+std::span<const std::uint8_t> read_block(InputFile& file);
+
 // Moves by `count` bytes, usually forward. Status::kCantOpen, with nothing changed, if the file
 // can't be positioned there. Leaving the range raises 3008 but moves all the same. Bytes outside of
 // the buffer are read when they are asked for.

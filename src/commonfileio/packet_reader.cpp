@@ -1,20 +1,16 @@
 #include "src/commonfileio/packet_reader.h"
 
-#include <cstring>
-
 namespace mediasplit {
 
-int ioReadPacket(std::span<std::uint8_t, kTransportPacketSize> packet, InputFile& input,
-                 std::uint64_t& packet_count) {
+int ioReadPacket(TransportPacket& packet, InputFile& input, std::uint64_t& packet_count) {
     // Nearly all packets lie in the buffer as a whole.
-    const std::span<const std::uint8_t> view = read_view(kTransportPacketSize, input);
-    if (!view.empty()) {
-        std::memcpy(packet.data(), view.data(), kTransportPacketSize);
-        ++packet_count;
-        return 0;
-    }
-    if (ReadBytes(packet.data(), packet.size(), input) < packet.size()) {
-        return 2;
+    if (const auto view = read_view(kTransportPacketSize, input); !view.empty()) {
+        packet.bytes = view.first<kTransportPacketSize>();
+    } else {
+        packet.bytes = packet.storage;
+        if (ReadBytes(packet.storage.data(), kTransportPacketSize, input) < kTransportPacketSize) {
+            return 2;
+        }
     }
     ++packet_count;
     return 0;

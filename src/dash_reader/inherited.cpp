@@ -91,6 +91,12 @@ std::string path_of(const DescriptorRow& row) {
 
 }  // namespace
 
+const DashAdaptationSetInfo* adaptation_set_of(const DashPeriodInfo& period,
+                                               const DashRepresentationInfo& representation) {
+    const std::size_t index = representation.adaptation_set_index;
+    return index < period.adaptation_sets.size() ? &period.adaptation_sets[index] : nullptr;
+}
+
 std::optional<std::string_view> get_dash_rep_attr_str(const DashRepresentationInfo* representation,
                                                       const DashAdaptationSetInfo* adaptation_set,
                                                       std::string_view name, std::string* ui_id) {

@@ -10,6 +10,11 @@
 
 namespace mediasplit {
 
+// The AdaptationSet that the Representation stands in, among those that the Period keeps; nullptr
+// if it isn't there.
+const DashAdaptationSetInfo* adaptation_set_of(const DashPeriodInfo& period,
+                                               const DashRepresentationInfo& representation);
+
 // The text attribute `name` of the Representation, else of the AdaptationSet; it lives as long as
 // the records. "kid" names the default key id. None for a name without a field. `ui_id`, if given,
 // becomes the identity of the element it is from: the AdaptationSet's if the Representation's text

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "base/ascii.h"
 #include "src/util/text.h"
 
 namespace mediasplit {
@@ -18,10 +18,6 @@ constexpr std::int64_t kLargestNumber = 0x7FFFFFFF;
 
 bool is_space(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 // What a date form reads.
@@ -74,7 +70,8 @@ public:
             return 0;
         }
         double value = 0;
-        stringtodouble_of(rest_.substr(sign, end - sign), value);
+        // The end of a text of digits and one point is always a number.
+        (void)std::from_chars(rest_.data() + sign, rest_.data() + end, value);
         value = sign != 0 && rest_[0] == '-' ? -value : value;
         rest_.remove_prefix(end);
         return value;
@@ -106,10 +103,6 @@ private:
         while (!rest_.empty() && is_space(rest_[0])) {
             rest_.remove_prefix(1);
         }
-    }
-    static void stringtodouble_of(std::string_view digits, double& value) {
-        // The end of a text of digits and one point is always a number.
-        (void)std::from_chars(digits.data(), digits.data() + digits.size(), value);
     }
 
     std::string_view rest_;

@@ -21,6 +21,7 @@
 #include "src/file_util/path_names.h"
 #include "src/fmp4demuxer/dash_context.h"
 #include "src/fmp4demuxer/fmp4demux.h"
+#include "src/log/findings.h"
 #include "src/log/logging.h"
 #include "src/util/player_clock.h"
 #include "src/util/text.h"
@@ -42,8 +43,8 @@ const DashRepresentationInfo* first_representation(const DashInfo& info) {
 }
 
 std::optional<std::string> inherited(const DashRepresentationInfo& representation,
-                                     const DashAdaptationSetInfo& set, std::string_view name) {
-    const auto text = get_dash_rep_attr_str(&representation, &set, name);
+                                     const DashAdaptationSetInfo* set, std::string_view name) {
+    const auto text = get_dash_rep_attr_str(&representation, set, name);
     return text ? std::optional<std::string>(*text) : std::nullopt;
 }
 
@@ -53,10 +54,10 @@ std::vector<std::string> related_codecs(const DashPeriodInfo& period,
                                         const DashRepresentationInfo& representation) {
     std::vector<std::string> list;
     for (const DashRepresentationInfo& other : representation.shared_init_representations) {
-        if (other.adaptation_set_index >= period.adaptation_sets.size()) {
+        const DashAdaptationSetInfo* const set = adaptation_set_of(period, other);
+        if (set == nullptr) {
             continue;
         }
-        const DashAdaptationSetInfo& set = period.adaptation_sets[other.adaptation_set_index];
         if (auto codecs = inherited(other, set, "codecs"); codecs) {
             list.push_back(std::move(*codecs));
         }
@@ -83,8 +84,8 @@ DashContext make_context(const DashInfo& info) {
     context.representation = representation;
     context.language = set.lang;
     context.representation_id = representation->id;
-    context.codecs = inherited(*representation, set, "codecs");
-    context.segment_profiles = inherited(*representation, set, "segmentProfiles");
+    context.codecs = inherited(*representation, &set, "codecs");
+    context.segment_profiles = inherited(*representation, &set, "segmentProfiles");
     context.related_codecs = related_codecs(period, *representation);
     return context;
 }
@@ -113,11 +114,7 @@ std::optional<std::string> key_of(const DashInfo& info, OptText keypairs) {
     if (representation == nullptr) {
         return std::nullopt;
     }
-    const DashPeriodInfo& period = info.periods[0];
-    const DashAdaptationSetInfo* const set =
-        representation->adaptation_set_index < period.adaptation_sets.size()
-            ? &period.adaptation_sets[representation->adaptation_set_index]
-            : nullptr;
+    const DashAdaptationSetInfo* const set = adaptation_set_of(info.periods[0], *representation);
     return find_key(keypairs, get_dash_rep_attr_str(representation, set, "kid"));
 }
 
@@ -217,6 +214,11 @@ int dash_thread(std::FILE* file, OptText text, const DashJob& job, Status& statu
     attach(job, player);
     if (has_checkpoint_set(job.loglist, kBroadcastRules)) {
         status |= broadcast_mpd_validation(*reading.info, job.loglist);
+    }
+    if (player.segment_type == SegmentElementType::kNone) {
+        note_remark(
+            "Nothing was taken apart: the manifest tells no segments (SegmentTemplate, SegmentBase "
+            "or SegmentList).");
     }
     const DashRepresentationInfo* const representation = first_representation(*reading.info);
     const auto suffix = output_suffix(player, representation);

@@ -1,6 +1,5 @@
 #include "src/dash_thread/segment_file.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "src/commonfileio/file_descriptor.h"
@@ -9,37 +8,18 @@
 #include "src/log/logging.h"
 #include "src/util/address.h"
 #include "src/util/fetcher.h"
-#include "src/util/player_clock.h"
 
 namespace mediasplit {
 namespace {
 
-constexpr int kTries = 3;
 constexpr double kMillisecondsPerSecond = 1000.0;
-constexpr double kDefaultPause = 2000.0;  // milliseconds
-// No server is waited for longer than for an answer.
-constexpr double kLongestPause = 300000.0;  // milliseconds
+constexpr double kDefaultPause = 2.0;  // seconds
 
-// Whole seconds between two tries.
-std::uint32_t retry_pause(const DashPlayer& player) {
-    const double pause =
-        player.min_buffer_time_ms == kNoTime ? kDefaultPause : player.min_buffer_time_ms * 0.5;
-    return static_cast<std::uint32_t>(std::clamp(pause, 0.0, kLongestPause) /
-                                      kMillisecondsPerSecond);
-}
-
-// Deliberate: the pause follows the last try, too.
-bool fetch_with_retries(const DashPlayer& player, const std::string& url, const std::string& path,
-                        Loglist* loglist) {
-    for (int number = 1; number <= kTries; ++number) {
-        if (url2file(url, path) == 0) {
-            return true;
-        }
-        // A warning; it has no result.
-        (void)Logging_err_type_check(loglist, 2052, {}, url, number);
-        player_clock().sleep(retry_pause(player));
-    }
-    return false;
+// Seconds between two tries.
+double retry_pause(const DashPlayer& player) {
+    return player.min_buffer_time_ms == kNoTime
+               ? kDefaultPause
+               : player.min_buffer_time_ms * 0.5 / kMillisecondsPerSecond;
 }
 
 // The manifest tells how long the media is, not how many segments there are: that they reach to its
@@ -68,7 +48,7 @@ SegmentFileResult open_segment(DashPlayer& player, const std::string& url, Statu
         opened = open_for_reading(url);
     } else {
         copy = createUniqueFileName("segment");
-        if (fetch_with_retries(player, url, *copy, loglist)) {
+        if (fetch_segment(url, *copy, retry_pause(player), loglist)) {
             opened = open_for_reading(*copy);
         }
     }

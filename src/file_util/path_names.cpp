@@ -3,13 +3,13 @@
 #include <pthread.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <vector>
 
 #include "base/osal.h"
 #include "src/log/logging.h"
+#include "src/util/text.h"
 
 namespace mediasplit {
 namespace {
@@ -92,15 +92,6 @@ void put_escapes(std::string& text, const std::vector<std::size_t>& escapes) {
 }
 
 }  // namespace
-
-std::string_view erasespace(std::string_view text) {
-    const std::size_t last = text.find_last_not_of(" \t\n\r");
-    if (last == std::string_view::npos) {
-        return {};
-    }
-    text = text.substr(0, last + 1);
-    return text.substr(text.find_first_not_of(" \t"));
-}
 
 std::optional<std::string> fgetline(std::size_t size, std::FILE* file) {
     if (file == nullptr || size < 2) {

@@ -12,10 +12,6 @@
 
 namespace mediasplit {
 
-// Removes trailing blanks, tabs, line feeds and carriage returns and shows the text from its first
-// character that is neither blank nor tab.
-std::string_view erasespace(std::string_view text);
-
 // The next line of `file` through erasespace; nothing at its end. A line of `size` characters or
 // more comes in pieces of `size` - 1.
 std::optional<std::string> fgetline(std::size_t size, std::FILE* file);

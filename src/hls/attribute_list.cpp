@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "src/file_util/path_names.h"
 #include "src/hls/playlist_reader.h"
+#include "src/util/text.h"
 
 namespace mediasplit {
 

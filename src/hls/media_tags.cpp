@@ -13,7 +13,6 @@ namespace mediasplit {
 
 namespace {
 
-constexpr std::string_view kDataKey = "data:text/plain;base64,";
 constexpr std::size_t kIvDigits = 32;
 // Characters ahead of the digits of an IV, "0x".
 constexpr std::size_t kIvPrefix = 2;
@@ -148,11 +147,11 @@ void read_key(PlaylistReading& reading, std::string_view text) {
             continue;
         }
         if (attribute->name == "METHOD") {
-            reading.key.method = attribute->value;
+            reading.key.method = SharedText(std::string(attribute->value));
         } else if (attribute->name == "URI") {
             const std::string_view uri = without_quotes(attribute->value);
-            reading.key.uri =
-                uri.starts_with(kDataKey) ? std::string(uri) : make_absolute(reading, uri);
+            reading.key.uri = SharedText(uri.starts_with(kDataKey) ? std::string(uri)
+                                                                   : make_absolute(reading, uri));
         } else if (attribute->name == "IV") {
             read_iv(reading, attribute->value);
         }

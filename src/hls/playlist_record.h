@@ -5,11 +5,15 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "src/records/segment_slot.h"
 
 namespace mediasplit {
+
+// What the URI of an #EXT-X-KEY begins with that is the key's id, in Base64.
+inline constexpr std::string_view kDataKey = "data:text/plain;base64,";
 
 // One #EXT-X-MEDIA (RFC 8216 4.3.4.1). Texts "with quotes" stand as behind the "=".
 struct MediaRendition {

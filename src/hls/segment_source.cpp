@@ -9,41 +9,22 @@
 #include "src/log/logging.h"
 #include "src/util/address.h"
 #include "src/util/fetcher.h"
-#include "src/util/player_clock.h"
 #include "src/util/segments.h"
 
 namespace mediasplit {
 
 namespace {
 
-constexpr int kTries = 3;
 constexpr std::size_t kLongestCopyName = 4096;
-constexpr float kMillisecondsPerSecond = 1000.0F;
 constexpr float kLongestSegment = 1e9F;  // seconds
-// No server is waited for longer than for an answer.
-constexpr std::uint32_t kLongestPause = 300;  // seconds
 
-// Whole seconds between two tries.
-std::uint32_t retry_pause(const SegmentSlot& slot) {
+// Seconds between two tries.
+double retry_pause(const SegmentSlot& slot) {
+    constexpr float kMillisecondsPerSecond = 1000.0F;
     const float milliseconds = slot.duration
                                    ? kMillisecondsPerSecond * segment_seconds(slot.duration) * 0.5F
                                    : kMillisecondsPerSecond;
-    const float seconds =
-        std::min(milliseconds / kMillisecondsPerSecond, static_cast<float>(kLongestPause));
-    return static_cast<std::uint32_t>(seconds);
-}
-
-// Deliberate: the pause follows the last try, too.
-bool fetch_with_retries(const SegmentSlot& slot, const std::string& path, Loglist* loglist) {
-    for (int number = 1; number <= kTries; ++number) {
-        if (url2file(slot.uri, path) == 0) {
-            return true;
-        }
-        // A warning; it has no result.
-        (void)Logging_err_type_check(loglist, 2052, {}, *slot.uri, number);
-        player_clock().sleep(retry_pause(slot));
-    }
-    return false;
+    return milliseconds / kMillisecondsPerSecond;
 }
 
 bool is_at_hand(const StreamState& state, const SegmentSlot& slot) {
@@ -64,7 +45,7 @@ LocalSegment open_segment(StreamState& state, const SegmentSlot& slot) {
         }
     } else {
         segment.copy = createUniqueFileName("segment");
-        if (fetch_with_retries(slot, *segment.copy, state.loglist)) {
+        if (fetch_segment(*slot.uri, *segment.copy, retry_pause(slot), state.loglist)) {
             segment.file = open_for_reading(*segment.copy);
         }
     }

@@ -1,7 +1,6 @@
 // Bringing the segments of a playlist to local files.
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 

@@ -34,7 +34,6 @@ constexpr std::int64_t kShortestWait = 1000;  // milliseconds
 constexpr double kLeastRound = 100.0;               // milliseconds
 constexpr std::int64_t kLongestTarget = 2'000'000;  // seconds
 constexpr double kNothingLeft = -0.00000001;        // seconds
-constexpr std::string_view kDataKey = "data:text/plain;base64,";
 constexpr std::size_t kKeyIdSize = 16;
 constexpr std::size_t kKeyBits = 16;  // deliberate: any four characters will do for a key here
 

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <limits>
 #include <memory>
-#include <vector>
+#include <span>
 
 #include "src/file_util/output_file.h"
 #include "src/id3demuxer/es_streams.h"
@@ -18,7 +18,6 @@ namespace mediasplit {
 
 namespace {
 
-constexpr std::uint64_t kCopyPiece = 0x10000;
 constexpr std::uint8_t kLastAc3Bsid = 8;
 constexpr std::uint8_t kFirstEac3Bsid = 11;
 constexpr std::uint8_t kLastEac3Bsid = 16;
@@ -105,11 +104,10 @@ Status check_codecs(PackedKind kind, const ManifestContext& context, Loglist* lo
 }
 
 void copy_rest(InputFile& file, OutputFile* output) {
-    std::vector<std::uint8_t> piece(kCopyPiece);
-    std::uint64_t got = 0;
-    while ((got = ReadBytes(piece.data(), piece.size(), file)) != 0) {
+    std::span<const std::uint8_t> bytes;
+    while (!(bytes = read_block(file)).empty()) {
         if (output != nullptr) {
-            output->write(std::span(piece).first(got));
+            output->write(bytes);
         }
     }
 }

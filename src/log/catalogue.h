@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <iterator>
 
 #include "src/log/catalogue_row.h"
@@ -32,36 +31,33 @@ inline constexpr int kCatalogueRowCount = [] {
     return count;
 }();
 
-/// The row with this number, or nullptr if the number lies in no table.
-constexpr const CatalogueRow* find_catalogue_row(int id) {
+/// The table that a number lies in, or nullptr.
+constexpr const CatalogueTable* find_catalogue_table(int id) {
     for (const CatalogueTable& table : kCatalogueTables) {
         if (id >= table.first_id && id - table.first_id < table.row_count) {
-            return &table.rows[id - table.first_id];
+            return &table;
         }
     }
     return nullptr;
 }
 
-/// Place of a number among all rows, 0 to `kCatalogueRowCount` - 1, or -1 if it lies in no table.
-constexpr int catalogue_index(int id) {
-    int first = 0;
-    for (const CatalogueTable& table : kCatalogueTables) {
-        if (id >= table.first_id && id - table.first_id < table.row_count) {
-            return first + id - table.first_id;
-        }
-        first += table.row_count;
-    }
-    return -1;
+/// The row with this number, or nullptr if the number lies in no table.
+constexpr const CatalogueRow* find_catalogue_row(int id) {
+    const CatalogueTable* const table = find_catalogue_table(id);
+    return table == nullptr ? nullptr : &table->rows[id - table->first_id];
 }
 
-/// The message of the row with this number, which must lie in a table.
-constexpr const char* catalogue_message(int id) {
-    for (const CatalogueTable& table : kCatalogueTables) {
-        if (id >= table.first_id && id - table.first_id < table.row_count) {
-            return table.rows[id - table.first_id].message;
-        }
+/// Place of a number among all rows, 0 to `kCatalogueRowCount` - 1, or -1 if it lies in no table.
+constexpr int catalogue_index(int id) {
+    const CatalogueTable* const table = find_catalogue_table(id);
+    if (table == nullptr) {
+        return -1;
     }
-    return "";
+    int index = id - table->first_id;
+    for (const CatalogueTable* ahead = kCatalogueTables; ahead != table; ++ahead) {
+        index += ahead->row_count;
+    }
+    return index;
 }
 
 }  // namespace mediasplit

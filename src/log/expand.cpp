@@ -1,12 +1,13 @@
 #include "src/log/expand.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <string_view>
+#include <utility>
 
 namespace mediasplit {
 
@@ -42,8 +43,11 @@ constexpr std::size_t fixed_length(const CatalogueRow& row) {
     return length;
 }
 
-constexpr bool rows_are_sound(const CatalogueTable& table, int first, int count) {
-    for (int i = first; i < table.row_count && i < first + count; ++i) {
+// In pieces, each an evaluation of its own, to keep within the step limits of the compilers.
+constexpr int kPiece = 100;
+
+constexpr bool rows_are_sound(const CatalogueTable& table, int first) {
+    for (int i = first; i < table.row_count && i < first + kPiece; ++i) {
         const CatalogueRow& row = table.rows[i];
         const std::size_t fixed = fixed_length(row);
         if (row.id != table.first_id + i || fixed == 0 || fixed >= kLineCapacity) {
@@ -53,17 +57,23 @@ constexpr bool rows_are_sound(const CatalogueTable& table, int first, int count)
     return true;
 }
 
-// In pieces, to keep each evaluation within the step limits of the compilers.
-constexpr int kPiece = 100;
-static_assert(rows_are_sound(kCatalogueTables[0], 0, kPiece));
-static_assert(rows_are_sound(kCatalogueTables[1], 0, kPiece));
-static_assert(rows_are_sound(kCatalogueTables[2], 0, kPiece));
-static_assert(rows_are_sound(kCatalogueTables[3], 0, kPiece));
-static_assert(rows_are_sound(kCatalogueTables[4], 0, kPiece));
-static_assert(rows_are_sound(kCatalogueTables[4], kPiece, kPiece));
-static_assert(rows_are_sound(kCatalogueTables[4], 2 * kPiece, kPiece));
-static_assert(rows_are_sound(kCatalogueTables[4], 3 * kPiece, kPiece));
-static_assert(rows_are_sound(kCatalogueTables[4], 4 * kPiece, kPiece));
+template <std::size_t kTable, int kFirst>
+constexpr bool kPieceIsSound = rows_are_sound(kCatalogueTables[kTable], kFirst);
+
+template <std::size_t kTable, int kFirst = 0>
+consteval bool table_is_sound() {
+    if constexpr (kFirst < kCatalogueTables[kTable].row_count) {
+        return kPieceIsSound<kTable, kFirst> && table_is_sound<kTable, kFirst + kPiece>();
+    } else {
+        return true;
+    }
+}
+
+template <std::size_t... kTables>
+consteval bool tables_are_sound(std::index_sequence<kTables...>) {
+    return (table_is_sound<kTables>() && ...);
+}
+static_assert(tables_are_sound(std::make_index_sequence<std::size(kCatalogueTables)>()));
 
 // Bytes that the values of a message usually take.
 constexpr std::size_t kUsualValues = 128;

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "base/ascii.h"
 #include "src/log/expand.h"
 #include "src/log/output.h"
 
@@ -31,22 +32,6 @@ Outcome collect(Loglist* loglist, const std::string& line) {
         return Outcome::kUncollected;
     }
     return loglist->message_count > before ? Outcome::kCollected : Outcome::kRepeated;
-}
-
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool equal_ignoring_case(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        if (lower(a[i]) != lower(b[i])) {
-            return false;
-        }
-    }
-    return true;
 }
 
 }  // namespace

@@ -87,12 +87,13 @@ class MessageId {
 public:
     // Implicit, so that a call reads like the rule: check(holds, loglist, 4294, where).
     consteval MessageId(int id) : id_(id) {
-        if (catalogue_index(id) < 0) {
+        const CatalogueRow* const row = find_catalogue_row(id);
+        if (row == nullptr) {
             message_number_is_in_no_table();
         }
         constexpr ValueKind kKinds[] = {value_kind<Values>()..., ValueKind::kNone};
         std::size_t used = 0;
-        for (const char* at = catalogue_message(id); *at != 0;) {
+        for (const char* at = row->message; *at != 0;) {
             if (*at != '%') {
                 ++at;
                 continue;

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "base/ascii.h"
 #include "src/log/logging.h"
 #include "src/main/checkpoints.h"
 #include "src/main/input_format.h"
@@ -41,10 +42,6 @@ void set_selection(std::int32_t& selection, const char* value) {
     if (value != nullptr) {
         selection = static_cast<std::int32_t>(std::strtol(value, nullptr, 10));
     }
-}
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
 }
 
 After take_input(ParseState& /*state*/, const char* value) {

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <iterator>
 
+#include "base/ascii.h"
+
 namespace mediasplit {
 
 namespace {
@@ -22,10 +24,6 @@ constexpr ExtensionRow kExtensions[] = {
     {".cmfa", FormatId::kMp4},   {".cmfv", FormatId::kMp4}, {".mov", FormatId::kMp4},
     {".MOV", FormatId::kMp4},    {".ec3", FormatId::kEac3}, {".ac4", FormatId::kAc4},
 };
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 }  // namespace
 

@@ -23,6 +23,10 @@ constexpr FlowRow kFlows[] = {
     {FormatId::kAc4, run_ac4},
 };
 
+Status run_unknown(Loglist* loglist) {
+    return Logging_err_type_check(loglist, 4004, {});
+}
+
 int close_run(Status status, Loglist* loglist) {
     const bool failed = has_failed(status);
     // Plain output can't fail the run.
@@ -32,10 +36,6 @@ int close_run(Status status, Loglist* loglist) {
 }
 
 }  // namespace
-
-Status run_unknown(Loglist* loglist) {
-    return Logging_err_type_check(loglist, 4004, {});
-}
 
 int process(const std::uint8_t* /*data*/, std::uint32_t /*size*/, Loglist* loglist) {
     const auto* row = std::find_if(std::begin(kFlows), std::end(kFlows), [](const FlowRow& flow) {

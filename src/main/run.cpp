@@ -1,6 +1,8 @@
 #include "src/main/run.h"
 
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <memory>
 #include <optional>
@@ -84,7 +86,18 @@ void raise_open_file_limit() {
 
 }  // namespace
 
+void open_standard_descriptors() {
+    int descriptor = ::open("/dev/null", O_RDWR);
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
+        descriptor = ::dup(descriptor);
+    }
+    if (descriptor >= 0) {
+        static_cast<void>(::close(descriptor));
+    }
+}
+
 int run_program(int count, const char* const* arguments) {
+    open_standard_descriptors();
     prepare_for_signals();
     raise_open_file_limit();
     const int parse_result = cmdParse(count, arguments);

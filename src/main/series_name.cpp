@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <optional>
 
+#include "base/ascii.h"
+
 namespace mediasplit {
 
 namespace {
@@ -24,10 +26,6 @@ struct Conversion {
     char type = 0;
     std::size_t length = 0;  // characters of the template that it takes
 };
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 // Takes the decimal number at `at`, held at `kLargestWidth`.
 std::size_t read_size(std::string_view text, std::size_t& at) {

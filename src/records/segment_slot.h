@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "src/records/shared_text.h"
+
 namespace mediasplit {
 
 // A byte range as its decimal texts. `last_byte` comes from DASH manifests only.
@@ -15,10 +17,11 @@ struct ByteRangeText {
     std::optional<std::string> length;
 };
 
-// The #EXT-X-KEY state in force for a segment (RFC 8216 4.3.2.4).
+// The #EXT-X-KEY state in force for a segment (RFC 8216 4.3.2.4). One tag speaks of any number of
+// segments.
 struct SegmentKeyText {
-    std::optional<std::string> method;
-    std::optional<std::string> uri;
+    SharedText method;
+    SharedText uri;
     std::optional<std::string> iv;
 };
 

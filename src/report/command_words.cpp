@@ -3,7 +3,6 @@
 #include <getopt.h>
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 
 #include "src/report/option_table.h"
@@ -163,9 +162,10 @@ bool take_option(OwnOption which, const char* value, CommandWords& words, Choice
             words.wants_help = true;
             return true;
         case kVersion:
-        case kOwnOptionCount:
             words.wants_version = true;
             return true;
+        case kOwnOptionCount:
+            break;
     }
     return false;
 }

@@ -1,6 +1,5 @@
 #include "src/report/findings_collector.h"
 
-#include <algorithm>
 #include <filesystem>
 #include <iterator>
 #include <system_error>

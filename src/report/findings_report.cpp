@@ -1,7 +1,6 @@
 #include "src/report/findings_report.h"
 
 #include <numeric>
-#include <utility>
 
 #include "src/log/catalogue.h"
 
@@ -20,6 +19,14 @@ std::uint64_t count_from(const FindingsReport& report, Level level) {
                                 stream.counts.end(), count);
     }
     return count;
+}
+
+std::vector<std::vector<const Finding*>> findings_of_streams(const FindingsReport& report) {
+    std::vector<std::vector<const Finding*>> found(report.streams.size());
+    for (const Finding& finding : report.findings) {
+        found[finding.stream].push_back(&finding);
+    }
+    return found;
 }
 
 FindingsReport with_level(FindingsReport report, Level level) {

@@ -59,6 +59,9 @@ const CatalogueRow& row_of(const Finding& finding);
 /// How many findings of `level` or above there are.
 std::uint64_t count_from(const FindingsReport& report, Level level);
 
+/// The findings of each stream, in their order.
+std::vector<std::vector<const Finding*>> findings_of_streams(const FindingsReport& report);
+
 /// A report without the findings below `level`. What the streams count stays as it is.
 FindingsReport with_level(FindingsReport report, Level level);
 

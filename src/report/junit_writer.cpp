@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -72,10 +71,7 @@ void write_suite(const FindingsReport& report, std::size_t index, const Findings
 }  // namespace
 
 void write_junit(const FindingsReport& report, std::ostream& out) {
-    std::vector<Findings> of_streams(report.streams.size());
-    for (const Finding& finding : report.findings) {
-        of_streams[finding.stream].push_back(&finding);
-    }
+    const std::vector<Findings> of_streams = findings_of_streams(report);
     const std::size_t tests = report.findings.size() + report.streams.size();
     out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites" << attribute("name", kToolName)
         << attribute("tests", tests) << attribute("failures", report.findings.size())

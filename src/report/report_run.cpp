@@ -1,11 +1,7 @@
 #include "src/report/report_run.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <csignal>
 #include <cstdio>
-#include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -33,18 +29,6 @@ int tell_error(const std::string& text, bool is_usage) {
     write_to_stderr("mediasplit-report: " + text + "\n" +
                     (is_usage ? "\"mediasplit-report --help\" tells what there is.\n" : ""));
     return kFailedRun;
-}
-
-// A descriptor that is missing from the start would go to the first file that is opened, and take
-// what is meant for the terminal.
-void open_standard_descriptors() {
-    int descriptor = ::open("/dev/null", O_RDWR);
-    while (descriptor >= 0 && descriptor <= STDERR_FILENO) {
-        descriptor = ::dup(descriptor);
-    }
-    if (descriptor >= 0) {
-        static_cast<void>(::close(descriptor));
-    }
 }
 
 int run_with_sink(const CommandWords& words, FindingsCollector& collector) {

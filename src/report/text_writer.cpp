@@ -34,6 +34,7 @@ class TextPage {
 public:
     TextPage(const FindingsReport& report, const TextLayout& layout, std::ostream& out)
         : report_(report),
+          findings_(findings_of_streams(report)),
           width_(std::max(layout.width, kLeastWidth)),
           coloured_(layout.coloured),
           out_(out) {}
@@ -90,7 +91,7 @@ private:
         const bool has_notes =
             std::any_of(report_.notes.begin(), report_.notes.end(),
                         [index](const Note& note) { return note.stream == index; });
-        const bool is_idle = told_counts(stream) == "no findings" && stream.outputs.empty();
+        const bool is_idle = stream.outputs.empty() && stream.counts == decltype(stream.counts){};
         if (stream.name.empty() && is_idle && !has_notes && report_.streams.size() > 1) {
             return;  // all that happened, happened in the streams of the manifest
         }
@@ -121,15 +122,15 @@ private:
 
     void write_level(std::size_t stream, const LevelHead& head) {
         bool is_first = true;
-        for (const Finding& finding : report_.findings) {
-            if (finding.stream != stream || level_of(row_of(finding)) != head.level) {
+        for (const Finding* finding : findings_[stream]) {
+            if (level_of(row_of(*finding)) != head.level) {
                 continue;
             }
             if (is_first) {
                 out_ << "  " << in(head.colour, std::string(head.title)) << '\n';
                 is_first = false;
             }
-            write_finding(finding, head);
+            write_finding(*finding, head);
         }
     }
 
@@ -164,6 +165,7 @@ private:
     }
 
     const FindingsReport& report_;
+    std::vector<std::vector<const Finding*>> findings_;
     std::size_t width_;
     bool coloured_;
     std::ostream& out_;

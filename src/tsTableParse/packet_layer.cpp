@@ -14,7 +14,7 @@ constexpr std::uint32_t kControlFieldOnly = 2;
 constexpr std::uint32_t kControlBoth = 3;
 
 bool is_synchronised(const TsContext& context) {
-    return context.packet[0] == kTsSyncByte;
+    return context.packet.bytes[0] == kTsSyncByte;
 }
 
 int audio_index_of(const TsContext& context) {
@@ -66,7 +66,7 @@ void fill_summary(const TsStreamInfo& info, TsSegmentSummary& summary) {
 }  // namespace
 
 void tsPacketParseHeader(TsContext& context) {
-    const auto& p = context.packet;
+    const auto& p = context.packet.bytes;
     context.transport_error_indicator = (p[1] & 0x80) != 0;
     context.payload_unit_start_indicator = (p[1] & 0x40) != 0;
     context.transport_priority = (p[1] & 0x20) != 0;
@@ -76,7 +76,7 @@ void tsPacketParseHeader(TsContext& context) {
 }
 
 void tsPacketParseAdaptationField(TsContext& context) {
-    const auto& p = context.packet;
+    const auto& p = context.packet.bytes;
     const bool has_field = (context.adaptation_field_control & kControlFieldOnly) != 0;
     context.adaptation_field_length = has_field ? p[4] : 0;
     context.pcr_flag = 0;

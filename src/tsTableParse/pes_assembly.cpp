@@ -103,7 +103,7 @@ Status start_pes_packet(TsOutputFiles& files, std::size_t& offset, PesBuffer& pe
 
 // The payload of the packet from `offset` on.
 std::span<const std::uint8_t> payload_from(const TsContext& context, std::size_t offset) {
-    return std::span(context.packet).subspan(std::min(offset, kTransportPacketSize));
+    return context.packet.bytes.subspan(std::min(offset, kTransportPacketSize));
 }
 
 void append(PesBuffer& pes, std::span<const std::uint8_t> bytes) {

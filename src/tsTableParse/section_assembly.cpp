@@ -44,7 +44,7 @@ void collect(std::size_t offset, const TsContext& context, TsSection& section) {
     const std::int64_t taken = std::clamp<std::int64_t>(wanted, 0, available);
     if (taken > 0) {
         std::memcpy(section.buffer.data() + section.bytes_collected,
-                    context.packet.data() + start + 1, static_cast<std::size_t>(taken));
+                    context.packet.bytes.data() + start + 1, static_cast<std::size_t>(taken));
         section.bytes_collected += taken;
     }
     // A section that never had its start has no length yet, so it can't be complete.

@@ -67,7 +67,7 @@ struct TsOutputFiles {
 enum class TsTableKind : std::uint8_t { kNothing, kPes, kPat, kPmt, kNetworkInformation };
 
 struct TsContext {
-    std::array<std::uint8_t, kTransportPacketSize> packet{};
+    TransportPacket packet;
     std::uint64_t packet_count = 0;
     TsTableKind table_kind = TsTableKind::kNothing;
     std::int64_t selected_program = 1;
@@ -94,7 +94,7 @@ struct TsContext {
 
     // The byte of the packet at `index`, 0 behind its end.
     [[nodiscard]] std::uint8_t byte_at(std::size_t index) const {
-        return index < packet.size() ? packet[index] : std::uint8_t{0};
+        return index < kTransportPacketSize ? packet.bytes[index] : std::uint8_t{0};
     }
 };
 

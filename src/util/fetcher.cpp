@@ -2,12 +2,14 @@
 
 #include <curl/curl.h>
 
+#include <algorithm>
 #include <array>
 #include <ctime>
 #include <memory>
 
 #include "src/log/logging.h"
 #include "src/util/fetched_files.h"
+#include "src/util/player_clock.h"
 #include "src/util/text.h"
 
 namespace mediasplit {
@@ -82,6 +84,22 @@ void urlinit() {
 
 void urluninit() {
     curl_global_cleanup();
+}
+
+bool fetch_segment(const std::string& url, const std::string& path, double pause_seconds,
+                   Loglist* loglist) {
+    constexpr int kTries = 3;
+    constexpr double kLongestPause = 300;  // seconds
+    const auto pause = static_cast<std::uint32_t>(std::clamp(pause_seconds, 0.0, kLongestPause));
+    for (int number = 1; number <= kTries; ++number) {
+        if (url2file(url, path) == 0) {
+            return true;
+        }
+        // A warning; it has no result.
+        (void)Logging_err_type_check(loglist, 2052, {}, url, number);
+        player_clock().sleep(pause);
+    }
+    return false;
 }
 
 std::size_t write_data(const void* data, std::size_t size, std::size_t count, std::FILE* file) {

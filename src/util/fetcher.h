@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <string>
 
+#include "src/log/loglist.h"
 #include "src/util/opt_text.h"
 
 namespace mediasplit {
@@ -32,6 +33,12 @@ void urluninit();
 // no file left. More than `most_bytes` are a failed download, too (libcurl's code 23). The file is
 // noted until remove_fetched_file(). May run on any thread.
 int url2file(OptText url, OptText path, std::uint64_t most_bytes = kUnlimitedFetch);
+
+// url2file() of a segment, in up to three tries: true once one succeeds. One that fails raises 2052
+// and is followed by a pause of whole seconds, at most as long as a server is waited for.
+// Deliberate: the pause follows the last try, too.
+bool fetch_segment(const std::string& url, const std::string& path, double pause_seconds,
+                   Loglist* loglist);
 
 // Passes fetched bytes on to `file`; the number of items written.
 std::size_t write_data(const void* data, std::size_t size, std::size_t count, std::FILE* file);

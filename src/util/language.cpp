@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "src/util/language_codes.h"
+
 namespace mediasplit {
 namespace {
 

@@ -3,10 +3,18 @@
 
 #include <span>
 
-#include "src/util/language_codes.h"
 #include "src/util/opt_text.h"
 
 namespace mediasplit {
+
+struct LanguageRow {
+    int id = 0;
+    const char* bibliographic = "";  // ISO 639-2/B
+    const char* terminology = "";    // ISO 639-2/T
+    const char* alpha_2 = "";        // ISO 639-1, empty where there is none
+    const char* english = "";
+    const char* french = "";
+};
 
 // All languages of ISO 639-2 without the range for private use.
 std::span<const LanguageRow> iso_639_code_table();

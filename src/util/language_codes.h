@@ -3,16 +3,9 @@
 
 #include <array>
 
-namespace mediasplit {
+#include "src/util/language.h"
 
-struct LanguageRow {
-    int id = 0;
-    const char* bibliographic = "";  // ISO 639-2/B
-    const char* terminology = "";    // ISO 639-2/T
-    const char* alpha_2 = "";        // ISO 639-1, empty where there is none
-    const char* english = "";
-    const char* french = "";
-};
+namespace mediasplit {
 
 // clang-format off
 inline constexpr std::array<LanguageRow, 486> Iso639CodeTable = {{

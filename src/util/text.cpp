@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/ascii.h"
 #include "src/log/logging.h"
 
 namespace mediasplit {
@@ -20,19 +21,6 @@ constexpr double kDaysPerMonth = 30;
 constexpr double kDaysPerWeek = 7;
 constexpr double kSecondsPerDay = 24 * 3600;
 
-// The digit's value, or -1.
-int digit_value(char c, int base) {
-    int value = -1;
-    if (c >= '0' && c <= '9') {
-        value = c - '0';
-    } else if (c >= 'a' && c <= 'f') {
-        value = c - 'a' + 10;
-    } else if (c >= 'A' && c <= 'F') {
-        value = c - 'A' + 10;
-    }
-    return value < base ? value : -1;
-}
-
 bool all_digits(std::string_view text, int base) {
     return std::all_of(text.begin(), text.end(),
                        [base](char c) { return digit_value(c, base) >= 0; });
@@ -48,10 +36,6 @@ Number to_number(OptText text, int base) {
         value = value * static_cast<Number>(base) + static_cast<Number>(digit_value(c, base));
     }
     return value;
-}
-
-char to_lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 // Cuts the number ahead of `letter` off the front of `part`. Nothing if the letter isn't there.
@@ -82,6 +66,15 @@ double seconds_of(std::string_view time) {
 }
 
 }  // namespace
+
+std::string_view erasespace(std::string_view text) {
+    const std::size_t last = text.find_last_not_of(" \t\n\r");
+    if (last == std::string_view::npos) {
+        return {};
+    }
+    text = text.substr(0, last + 1);
+    return text.substr(text.find_first_not_of(" \t"));
+}
 
 int check_str_r10(OptText text) {
     return text && all_digits(*text, 10) ? 0 : 1;
@@ -139,6 +132,12 @@ std::string uitoa_(std::uint32_t value) {
     return std::to_string(value);
 }
 
+void append_hex_byte(std::string& text, std::uint8_t byte) {
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 0xF];
+}
+
 void myReserve(std::string& text) {
     std::reverse(text.begin(), text.end());
 }
@@ -155,9 +154,7 @@ bool str_match(OptText a, OptText b) {
 }
 
 bool case_sensitive_same(OptText a, OptText b) {
-    return a && b && a->size() <= kLongestCompared && a->size() == b->size() &&
-           std::equal(a->begin(), a->end(), b->begin(),
-                      [](char left, char right) { return to_lower(left) == to_lower(right); });
+    return a && b && a->size() <= kLongestCompared && equal_ignoring_case(*a, *b);
 }
 
 int valid_mp4_box_type(OptText text) {
@@ -211,11 +208,9 @@ std::optional<std::string_view> get_decryption_key(OptText pairs,
     if (!pairs || key_id.size() < kKeyIdSize) {
         return std::nullopt;
     }
-    constexpr std::string_view kDigits = "0123456789abcdef";
     std::string id;
     for (const std::uint8_t byte : key_id.first(kKeyIdSize)) {
-        id += kDigits[byte >> 4];
-        id += kDigits[byte & 0xF];
+        append_hex_byte(id, byte);
     }
     const std::size_t at = pairs->find(id);
     if (at == std::string_view::npos) {

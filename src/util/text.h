@@ -14,6 +14,10 @@
 
 namespace mediasplit {
 
+// Removes trailing blanks, tabs, line feeds and carriage returns and shows the text from its first
+// character that is neither blank nor tab.
+std::string_view erasespace(std::string_view text);
+
 // 0 if all characters are decimal digits, also for an empty text; else 1, also for none.
 int check_str_r10(OptText text);
 // The same for hexadecimal digits.
@@ -35,6 +39,9 @@ double stringtodouble(std::string_view text);
 // Decimal texts.
 std::string ultoa_(std::uint64_t value);
 std::string uitoa_(std::uint32_t value);
+
+// Appends the two lower-case hexadecimal digits of a byte.
+void append_hex_byte(std::string& text, std::uint8_t byte);
 
 // Reverses a text in place.
 void myReserve(std::string& text);

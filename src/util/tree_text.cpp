@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "src/util/text.h"
+
 namespace mediasplit {
 namespace {
 
@@ -126,7 +128,6 @@ Ezxml* add_mem_to_xml(Ezxml* node, std::string_view name, std::span<const std::u
 Ezxml* add_uuid_to_xml(Ezxml* node, std::string_view name, std::span<const std::uint8_t> data,
                        std::uint64_t position) {
     constexpr std::size_t kUuidSize = 16;
-    constexpr std::string_view kDigits = "0123456789abcdef";
     Ezxml* const child = add_mem_to_xml(node, name, data, position);
     if (data.size() < kUuidSize) {
         return child;
@@ -136,8 +137,7 @@ Ezxml* add_uuid_to_xml(Ezxml* node, std::string_view name, std::span<const std::
         if (i == 4 || i == 6 || i == 8 || i == 10) {
             text += '-';
         }
-        text += kDigits[data[i] >> 4];
-        text += kDigits[data[i] & 0xF];
+        append_hex_byte(text, data[i]);
     }
     ezxml_set_txt_copy(child, text);
     return child;

@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
-#include <vector>
 
 #include "src/log/logging.h"
+#include "src/util/text.h"
 #include "src/video/codec_text.h"
 
 namespace mediasplit {
@@ -33,12 +33,6 @@ bool all_contained(std::string_view pieces, std::string_view list) {
                           [&](std::string_view piece) { return codec_is_contained(list, piece); });
 }
 
-// Removes blanks, tabs and line ends at the end, and blanks and tabs ahead.
-void trim(std::string& text) {
-    text.erase(text.find_last_not_of(" \t\r\n") + 1);
-    text.erase(0, std::min(text.find_first_not_of(" \t"), text.size()));
-}
-
 // Keeps the enhancement codecs of a list. Tells whether there was a list to look at.
 bool keep_prisma_codecs(OptText list, std::string* out) {
     if (out == nullptr) {
@@ -59,7 +53,7 @@ bool keep_prisma_codecs(OptText list, std::string* out) {
         }
         return true;
     });
-    trim(*out);
+    *out = std::string(erasespace(*out));
     return true;
 }
 

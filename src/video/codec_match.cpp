@@ -1,27 +1,16 @@
 // Comparison of single codec texts.
 #include <string_view>
 
-#include "src/util/text.h"
+#include "base/ascii.h"
 #include "src/video/codec_text.h"
 
 namespace mediasplit {
 namespace {
 
+constexpr std::size_t kBareCodec = 4;      // "avc1"
 constexpr std::size_t kFullAvcCodec = 11;  // "avc1.PPCCLL"
 constexpr std::size_t kFullAc4Codec = 13;  // "ac-4.BB.PP.MM"
 constexpr std::size_t kMaxPoints = 9;      // of an H.265 codec in full
-
-// Both missing, or one and the same text.
-bool is_same_object(OptText a, OptText b) {
-    if (!a || !b) {
-        return !a && !b;
-    }
-    return a->data() == b->data() && a->size() == b->size();
-}
-
-char lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 // What `a` may have behind the end of `b`: zero fields, with `points` seen already. A lone "0"
 // passes too, also right behind the level; this is deliberate.
@@ -47,7 +36,7 @@ bool hevc_fields_match(std::string_view a, std::string_view b) {
             while (at < a.size() && a[at] == '0') {
                 ++at;
             }
-            if (at == a.size() || lower(a[at]) != lower(expected)) {
+            if (at == a.size() || to_lower(a[at]) != to_lower(expected)) {
                 return false;
             }
         }
@@ -57,65 +46,75 @@ bool hevc_fields_match(std::string_view a, std::string_view b) {
     return is_trailing_zeros(a.substr(at), points);
 }
 
+// What texts that differ must fulfil.
+using Rule = bool (*)(std::string_view a, std::string_view b);
+
+bool avc_rule(std::string_view a, std::string_view b) {
+    if (b.size() == kBareCodec) {
+        return a.starts_with(b);
+    }
+    return a.size() == kFullAvcCodec && b.size() == kFullAvcCodec &&
+           a.substr(0, 5) == b.substr(0, 5) && equal_ignoring_case(a.substr(5), b.substr(5));
+}
+
+bool hevc_rule(std::string_view a, std::string_view b) {
+    return b.size() == kBareCodec ? a.starts_with(b) : hevc_fields_match(a, b);
+}
+
+bool ac4_rule(std::string_view a, std::string_view b) {
+    if (b.size() < kFullAc4Codec) {
+        return a.size() <= kFullAc4Codec && a.starts_with(b);
+    }
+    return b.size() == kFullAc4Codec && a == b;
+}
+
+bool prefix_rule(std::string_view a, std::string_view b) {
+    return a.starts_with(b);
+}
+
+struct RuleOfFamily {
+    std::string_view prefix;  // of the expected text
+    Rule rule;
+};
+
+constexpr RuleOfFamily kRules[] = {
+    {"avc1", avc_rule},  {"avc3", avc_rule}, {"hev1", hevc_rule},
+    {"hvc1", hevc_rule}, {"ac-4", ac4_rule}, {"mp4a", prefix_rule},
+};
+
+bool family_rule(std::string_view a, std::string_view b) {
+    for (const RuleOfFamily& row : kRules) {
+        if (b.starts_with(row.prefix)) {
+            return row.rule(a, b);
+        }
+    }
+    return a == b;
+}
+
+// One and the same text object matches whatever it holds, and so do two missing texts.
+bool match(OptText a, OptText b, Rule rule) {
+    if (!a || !b) {
+        return !a && !b;
+    }
+    return (a->data() == b->data() && a->size() == b->size()) || rule(*a, *b);
+}
+
 }  // namespace
 
 bool avc_codec_match(OptText a, OptText b) {
-    if (is_same_object(a, b)) {
-        return true;
-    }
-    if (!a || !b) {
-        return false;
-    }
-    if (b->size() == 4) {
-        return a->starts_with(*b);
-    }
-    return a->size() == kFullAvcCodec && b->size() == kFullAvcCodec &&
-           a->substr(0, 5) == b->substr(0, 5) && case_sensitive_same(a->substr(5), b->substr(5));
+    return match(a, b, avc_rule);
 }
 
 bool hevc_codec_match(OptText a, OptText b) {
-    if (is_same_object(a, b)) {
-        return true;
-    }
-    if (!a || !b) {
-        return false;
-    }
-    return b->size() == 4 ? a->starts_with(*b) : hevc_fields_match(*a, *b);
+    return match(a, b, hevc_rule);
 }
 
 bool ac4_codec_match(OptText a, OptText b) {
-    if (is_same_object(a, b)) {
-        return true;
-    }
-    if (!a || !b) {
-        return false;
-    }
-    if (b->size() < kFullAc4Codec) {
-        return a->size() <= kFullAc4Codec && a->starts_with(*b);
-    }
-    return b->size() == kFullAc4Codec && *a == *b;
+    return match(a, b, ac4_rule);
 }
 
 bool codec_match(OptText a, OptText b) {
-    if (is_same_object(a, b)) {
-        return true;
-    }
-    if (!a || !b) {
-        return false;
-    }
-    if (b->starts_with("avc1") || b->starts_with("avc3")) {
-        return avc_codec_match(a, b);
-    }
-    if (b->starts_with("hev1") || b->starts_with("hvc1")) {
-        return hevc_codec_match(a, b);
-    }
-    if (b->starts_with("ac-4")) {
-        return ac4_codec_match(a, b);
-    }
-    if (b->starts_with("mp4a")) {
-        return a->starts_with(*b);
-    }
-    return *a == *b;
+    return match(a, b, family_rule);
 }
 
 }  // namespace mediasplit

@@ -14,8 +14,8 @@ struct Loglist;
 /// A metadata unit and what its header tells. The bytes belong to the caller.
 struct RpuNal {
     const std::uint8_t* data = nullptr;  ///< the unit from its first header byte on
-    std::uint32_t size =
-        0;  ///< bytes; after parsing: bytes looked at, without emulation prevention
+    /// Bytes; after parsing: bytes looked at, without emulation prevention.
+    std::uint32_t size = 0;
     std::uint32_t rpu_raw_value = 0;
     std::uint8_t rpu_high_bits = 0;  ///< `rpu_raw_value` >> 13
     std::uint8_t rpu_compression = 0;

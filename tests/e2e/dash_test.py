@@ -2,10 +2,11 @@
 
 import os
 import re
+import subprocess
 import unittest
 
 from inputs import initialization, segment
-from program import ProgramTest
+from program import MEDIASPLIT, ProgramTest
 from scripted_server import ScriptedServer
 
 NUMBERS = '<SegmentTemplate initialization="%s_i.mp4" media="%s_$Number$.m4s" duration="2"/>'
@@ -147,6 +148,15 @@ class FolderTest(DashTest):
         result = self.split_local(manifest(period(representation("a"), representation("b", listed))), 1)
         self.assertEqual(result.err, "ERROR: Fail to get segment: www/gone.m4s\n")
         self.assertEqual(self.outputs(), dict(OUTPUTS, **{"stream_b_i_track_id_1.out.data": b"b 1."}))
+
+    def test_closed_standard_streams_take_nothing_into_files(self):
+        listed = '<SegmentList><Initialization sourceURL="a_i.mp4"/><SegmentURL media="a_1.m4s"/>' \
+                 '<SegmentURL media="gone.m4s"/></SegmentList>'
+        self.put("stream.mpd", manifest(period(representation("a", listed))))
+        # The error line comes while the stream's file is open.
+        subprocess.run(["sh", "-c", 'exec "$@" <&- >&- 2>&-', "sh", MEDIASPLIT, "-i", "www/stream.mpd", "-o", "out"],
+                       cwd=self.folder, timeout=120)
+        self.assertEqual(self.outputs(), {"stream_a_i_track_id_1.out.data": b"a 1."})
 
     def test_template_that_runs_off_its_files_warns(self):
         os.remove(self.path("www/b_2.m4s"))

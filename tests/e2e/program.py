@@ -11,6 +11,15 @@ REPOSITORY = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__f
 CLIP = os.path.join(REPOSITORY, "demo", "clip.mp4")
 
 
+def output_of(*words, **options):
+    """What a command that must succeed prints."""
+    done = subprocess.run(words, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=120,
+                          **options)
+    if done.returncode != 0:
+        raise AssertionError("%s ended with %d:\n%s" % (words, done.returncode, (done.stdout + done.stderr).decode()))
+    return done.stdout.decode()
+
+
 class Result:
     def __init__(self, done):
         self.status = done.returncode

@@ -323,14 +323,15 @@ class ReportFileTest(InputTest):
 class TerminalTest(InputTest):
     """Standard error is a terminal; a segment comes through a pipe that takes its time."""
 
-    def run_at_terminal(self, *words, environment=None):
+    def run_at_terminal(self, *words, until=None, environment=None):
+        """What a run shows. The segment comes once `until` is shown, or after the time that lines would take."""
         os.mkfifo(self.path("slow.ts"))
         self.put("slow.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:2\n#EXTINF:2,\nlow_0.ts\n#EXTINF:2,\nslow.ts\n"
                  "#EXT-X-ENDLIST\n")
-        done = threading.Event()
+        go_on, done = threading.Event(), threading.Event()
 
         def feed():
-            done.wait(1.5)
+            go_on.wait(1.5 if until is None else 60)
             while not done.is_set():  # it may be opened more than once
                 try:
                     with open(self.path("slow.ts"), "wb") as file:
@@ -349,6 +350,8 @@ class TerminalTest(InputTest):
         try:
             while True:
                 shown += os.read(terminal, 65536)
+                if until is not None and until in shown:
+                    go_on.set()
         except OSError:
             pass  # the other side is closed
         os.close(terminal)
@@ -357,7 +360,7 @@ class TerminalTest(InputTest):
         return shown.decode()
 
     def test_live_lines_show_how_far_it_is_and_go_away(self):
-        shown = self.run_at_terminal()
+        shown = self.run_at_terminal(until=b" segment")
         self.assertRegex(shown, r"slow\.m3u8: 1 segment, \d+ bytes, \d+ findings?\r\n")
         self.assertLess(shown.rindex("\r\n", 0, shown.rindex(" segment") + 80), shown.rindex("\033[1A\r\033[J"))
 

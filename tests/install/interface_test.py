@@ -7,20 +7,12 @@ import subprocess
 import tempfile
 import unittest
 
-from program import REPOSITORY
+from program import REPOSITORY, output_of
 
 PROGRAM_PATHS = {os.path.basename(path): path for path in os.environ["MEDIASPLIT_PROGRAMS"].split(":")}
 PROGRAMS = list(PROGRAM_PATHS)
 PACKAGING = os.path.join(REPOSITORY, "packaging")
 OPTION = r"--?[a-z][a-z-]*"
-
-
-def output_of(*words, **options):
-    done = subprocess.run(words, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60,
-                          **options)
-    if done.returncode != 0:
-        raise AssertionError("%s: %s" % (words, done.stderr.decode()))
-    return done.stdout.decode()
 
 
 def help_lines(name):

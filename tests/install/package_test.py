@@ -8,7 +8,7 @@ import subprocess
 import tempfile
 import unittest
 
-from program import CLIP, REPOSITORY, ProgramTest
+from program import CLIP, REPOSITORY, ProgramTest, output_of
 
 BUILD = os.environ["BUILD_FOLDER"]
 PROGRAMS = [os.path.basename(program) for program in os.environ["MEDIASPLIT_PROGRAMS"].split(":")]
@@ -16,14 +16,6 @@ EPOCH = 1700000000  # 14 November 2023, 22:13:20 UTC
 
 DOCUMENTATION = ("README.md", "changelog.gz", "changelog.Debian.gz", "copyright", "docs/batch.md", "docs/findings.md",
                  "docs/findings.png", "docs/findings-schema.json", "docs/messages.md", "examples/clip.mp4")
-
-
-def output_of(*words, **options):
-    done = subprocess.run(words, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=120,
-                          **options)
-    if done.returncode != 0:
-        raise AssertionError("%s ended with %d:\n%s" % (words, done.returncode, done.stdout.decode()))
-    return done.stdout.decode()
 
 
 def expected_files(zsh_folder):

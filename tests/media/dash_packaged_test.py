@@ -8,7 +8,7 @@ import struct
 import subprocess
 import unittest
 
-from dash_server import serve
+from folder_server import serve
 from media_support import MediaCase, ffmpeg, frame_checksums, insert_box
 
 KEY = "00112233445566778899aabbccddeeff"

@@ -6,7 +6,7 @@ import re
 import unittest
 import xml.etree.ElementTree as ElementTree
 
-from dash_server import serve
+from folder_server import serve
 from media_support import MediaCase, ffmpeg, frame_checksums
 
 PICTURE = ["-f", "lavfi", "-i", "testsrc2=s=192x128:r=25:d=6"]

@@ -1,9 +1,13 @@
 """nginx over a folder on 127.0.0.1, with and without TLS."""
 
 import os
+import shutil
 import socket
 import subprocess
 import time
+
+# Where the path of a user who isn't root doesn't lead.
+NGINX = shutil.which("nginx", path=os.environ.get("PATH", os.defpath) + ":/usr/sbin") or "nginx"
 
 CONFIGURATION = """
 daemon off; worker_processes 1; pid %(folder)s/nginx.pid; error_log %(folder)s/error.log;
@@ -38,7 +42,7 @@ class NginxServer:
         os.chmod(folder, 0o755)
         with open(folder + "/nginx.conf", "w") as file:
             file.write(CONFIGURATION % {"folder": folder, "root": root, "plain": self.plain, "secure": self.secure})
-        self.process = subprocess.Popen(["nginx", "-e", folder + "/error.log", "-c", folder + "/nginx.conf"],
+        self.process = subprocess.Popen([NGINX, "-e", folder + "/error.log", "-c", folder + "/nginx.conf"],
                                         stdin=subprocess.DEVNULL)
         for _ in range(100):
             try:

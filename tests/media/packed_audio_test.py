@@ -1,12 +1,10 @@
 """Elementary streams of real encoders as inputs: they are read and checked, and nothing is written."""
 
-import functools
-import http.server
 import os
 import subprocess
-import threading
 import unittest
 
+from folder_server import serve
 from media_support import MEDIASPLIT, PATIENCE, MediaCase, ffmpeg
 
 
@@ -51,11 +49,6 @@ TAG = (b"ID3\4\0\0\0\0\0\x3fPRIV\0\0\0\x35\0\0com.apple.streaming.transportStrea
 
 # A sync frame of stereo at 48 kHz with four bytes of audio, an I-frame.
 AC4 = bytes.fromhex("ac40001a8017730000025c5882656e802008600400000008a5a5a5a50020")
-
-
-class QuietHandler(http.server.SimpleHTTPRequestHandler):
-    def log_message(self, *_):
-        pass
 
 
 class PackedRenditions(MediaCase):
@@ -123,15 +116,11 @@ class PackedRenditions(MediaCase):
         self.assertIn("ERROR: In Packed audio[seg1.pa], fail to parse the ID3 tag.", self.errors)
 
     def test_segments_of_an_address(self):
-        handler = functools.partial(QuietHandler, directory=self.folder)
-        with http.server.ThreadingHTTPServer(("127.0.0.1", 0), handler) as server:
-            threading.Thread(target=server.serve_forever, daemon=True).start()
-            self.addCleanup(server.shutdown)
+        with serve(self.folder) as address:
             for parts, codecs, extension in ((self.encode("eac3", "eac3"), "ec-3", "ec3"),
                                              ([AC4 * 4, AC4 * 5], "ac-4.02.01.00", "ac4")):
                 self.pack(parts, codecs)
-                self.check_outputs("http://127.0.0.1:%d/master.m3u8" % server.server_port, b"".join(parts), extension)
-            server.shutdown()
+                self.check_outputs(address + "/master.m3u8", b"".join(parts), extension)
 
 
 if __name__ == "__main__":

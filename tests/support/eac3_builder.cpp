@@ -1,43 +1,19 @@
 #include "tests/support/eac3_builder.h"
 
-#include <algorithm>
+#include "tests/support/bit_writer.h"
 
 namespace mediasplit::test_support {
 
 namespace {
 
-class BitWriter {
-public:
-    void put(unsigned value, unsigned bits) {
-        for (unsigned bit = bits; bit-- > 0;) {
-            put_bit((value >> bit & 1U) != 0);
-        }
+using testing::BitWriter;
+
+void put_optional(BitWriter& out, const std::optional<unsigned>& value, unsigned bits) {
+    out.flag(value.has_value());
+    if (value) {
+        out.u(*value, bits);
     }
-
-    void put_optional(const std::optional<unsigned>& value, unsigned bits) {
-        put(value ? 1 : 0, 1);
-        if (value) {
-            put(*value, bits);
-        }
-    }
-
-    [[nodiscard]] std::size_t position() const { return position_; }
-    Bytes take() { return bytes_; }
-
-private:
-    void put_bit(bool set) {
-        if (position_ % 8 == 0) {
-            bytes_.push_back(0);
-        }
-        if (set) {
-            bytes_.back() = static_cast<std::uint8_t>(bytes_.back() | 0x80U >> position_ % 8);
-        }
-        ++position_;
-    }
-
-    Bytes bytes_;
-    std::size_t position_ = 0;
-};
+}
 
 void set_bits(Bytes& bytes, std::size_t position, unsigned value, unsigned bits) {
     for (unsigned bit = bits; bit-- > 0; ++position) {
@@ -95,13 +71,13 @@ unsigned programs_of(unsigned acmod) {
 }
 
 void put_addbsi(BitWriter& out, const std::optional<Bytes>& addbsi) {
-    out.put(addbsi ? 1 : 0, 1);
+    out.u(addbsi ? 1 : 0, 1);
     if (!addbsi) {
         return;
     }
-    out.put(static_cast<unsigned>(addbsi->size()) - 1, 6);
+    out.u(static_cast<unsigned>(addbsi->size()) - 1, 6);
     for (const std::uint8_t byte : *addbsi) {
-        out.put(byte, 8);
+        out.u(byte, 8);
     }
 }
 
@@ -110,11 +86,11 @@ void put_addbsi(BitWriter& out, const std::optional<Bytes>& addbsi) {
 Bytes finish_frame(BitWriter& header, std::size_t size, const std::optional<AuxSpec>& aux,
                    unsigned encinfo) {
     std::uint32_t noise = 0x2545F491;
-    while (header.position() < size * 8) {
+    while (header.bit_count() < size * 8) {
         noise = noise * 1664525U + 1013904223U;
-        header.put(noise >> 24U, 8);
+        header.u(noise >> 24U, 8);
     }
-    Bytes frame = header.take();
+    Bytes frame = header.bytes();
     frame.resize(size);
     const std::size_t end = size * 8;
     if (end < 48) {
@@ -132,37 +108,37 @@ Bytes finish_frame(BitWriter& header, std::size_t size, const std::optional<AuxS
 }
 
 void put_mixdata2(BitWriter& out, const Mixdata2Spec& spec) {
-    out.put(spec.premixcmpsel, 1);
-    out.put(spec.drcsrc, 1);
-    out.put(spec.premixcmpscl, 3);
+    out.u(spec.premixcmpsel, 1);
+    out.u(spec.drcsrc, 1);
+    out.u(spec.premixcmpscl, 3);
     for (const std::optional<unsigned>& scale : spec.extpgmscl) {
-        out.put_optional(scale, 4);
+        put_optional(out, scale, 4);
     }
-    out.put_optional(spec.dmixscl, 4);
-    out.put(spec.addche ? 1 : 0, 1);
+    put_optional(out, spec.dmixscl, 4);
+    out.u(spec.addche ? 1 : 0, 1);
     if (spec.addche) {
-        out.put_optional(spec.aux_scl[0], 4);
-        out.put_optional(spec.aux_scl[1], 4);
+        put_optional(out, spec.aux_scl[0], 4);
+        put_optional(out, spec.aux_scl[1], 4);
     }
 }
 
 void put_mixdef(BitWriter& out, const MixSpec& spec) {
-    out.put(spec.mixdef, 2);
+    out.u(spec.mixdef, 2);
     if (spec.mixdef == 1) {
-        out.put(spec.premixcmpsel, 1);
-        out.put(spec.drcsrc, 1);
-        out.put(spec.premixcmpscl, 3);
+        out.u(spec.premixcmpsel, 1);
+        out.u(spec.drcsrc, 1);
+        out.u(spec.premixcmpscl, 3);
     } else if (spec.mixdef == 2) {
-        out.put(spec.mixdata12, 12);
+        out.u(spec.mixdata12, 12);
     } else if (spec.mixdef == 3) {
-        out.put(spec.mixdeflen, 5);
-        const std::size_t start = out.position();
-        out.put(spec.mixdata2 ? 1 : 0, 1);
+        out.u(spec.mixdeflen, 5);
+        const std::size_t start = out.bit_count();
+        out.u(spec.mixdata2 ? 1 : 0, 1);
         if (spec.mixdata2) {
             put_mixdata2(out, *spec.mixdata2);
         }
-        while (out.position() < start + spec.mixdeflen * 8 + 16) {
-            out.put(1, 1);
+        while (out.bit_count() < start + spec.mixdeflen * 8 + 16) {
+            out.u(1, 1);
         }
     }
 }
@@ -170,130 +146,130 @@ void put_mixdef(BitWriter& out, const MixSpec& spec) {
 void put_mixing(BitWriter& out, const Eac3Spec& frame, const MixSpec& spec) {
     const bool has_center = (frame.acmod & 1U) != 0 && frame.acmod > 2;
     if (frame.acmod > 2) {
-        out.put(spec.dmixmod, 2);
+        out.u(spec.dmixmod, 2);
     }
     if (has_center) {
-        out.put(spec.ltrtcmixlev, 3);
-        out.put(spec.lorocmixlev, 3);
+        out.u(spec.ltrtcmixlev, 3);
+        out.u(spec.lorocmixlev, 3);
     }
     if ((frame.acmod & 4U) != 0) {
-        out.put(spec.ltrtsurmixlev, 3);
-        out.put(spec.lorosurmixlev, 3);
+        out.u(spec.ltrtsurmixlev, 3);
+        out.u(spec.lorosurmixlev, 3);
     }
     if (frame.lfeon != 0) {
-        out.put_optional(spec.lfemixlevcod, 5);
+        put_optional(out, spec.lfemixlevcod, 5);
     }
     if (frame.strmtyp != 0) {
         return;
     }
     for (unsigned program = 0; program < programs_of(frame.acmod); ++program) {
-        out.put_optional(spec.pgmscl[program], 6);
+        put_optional(out, spec.pgmscl[program], 6);
     }
-    out.put_optional(spec.extpgmscl, 6);
+    put_optional(out, spec.extpgmscl, 6);
     put_mixdef(out, spec);
     for (unsigned program = 0; frame.acmod < 2 && program < programs_of(frame.acmod); ++program) {
         const std::optional<PanSpec>& pan = spec.pan[program];
-        out.put(pan ? 1 : 0, 1);
+        out.u(pan ? 1 : 0, 1);
         if (pan) {
-            out.put(pan->panmean, 8);
-            out.put(pan->paninfo, 6);
+            out.u(pan->panmean, 8);
+            out.u(pan->paninfo, 6);
         }
     }
-    out.put(spec.blkmixcfginfo ? 1 : 0, 1);
+    out.u(spec.blkmixcfginfo ? 1 : 0, 1);
     if (!spec.blkmixcfginfo) {
         return;
     }
     constexpr std::array<std::size_t, 4> kBlocks{1, 2, 3, 6};
     const std::size_t blocks = kBlocks[frame.numblkscod];
     if (blocks == 1) {
-        out.put((*spec.blkmixcfginfo)[0].value_or(0), 5);
+        out.u((*spec.blkmixcfginfo)[0].value_or(0), 5);
         return;
     }
     for (std::size_t block = 0; block < blocks; ++block) {
-        out.put_optional((*spec.blkmixcfginfo)[block], 5);
+        put_optional(out, (*spec.blkmixcfginfo)[block], 5);
     }
 }
 
 void put_information(BitWriter& out, const Eac3Spec& frame, const InfoSpec& spec) {
-    out.put(spec.bsmod, 3);
-    out.put(spec.copyrightb, 1);
-    out.put(spec.origbs, 1);
+    out.u(spec.bsmod, 3);
+    out.u(spec.copyrightb, 1);
+    out.u(spec.origbs, 1);
     if (frame.acmod == 2) {
-        out.put(spec.dsurmod, 2);
-        out.put(spec.dheadphonmod, 2);
+        out.u(spec.dsurmod, 2);
+        out.u(spec.dheadphonmod, 2);
     }
     if (frame.acmod >= 6) {
-        out.put(spec.dsurexmod, 2);
+        out.u(spec.dsurexmod, 2);
     }
     for (unsigned program = 0; program < programs_of(frame.acmod); ++program) {
         const std::optional<AudprodSpec>& audprod = spec.audprod[program];
-        out.put(audprod ? 1 : 0, 1);
+        out.u(audprod ? 1 : 0, 1);
         if (audprod) {
-            out.put(audprod->mixlevel, 5);
-            out.put(audprod->roomtyp, 2);
-            out.put(audprod->adconvtyp, 1);
+            out.u(audprod->mixlevel, 5);
+            out.u(audprod->roomtyp, 2);
+            out.u(audprod->adconvtyp, 1);
         }
     }
     if (frame.fscod < 3) {
-        out.put(spec.sourcefscod, 1);
+        out.u(spec.sourcefscod, 1);
     }
 }
 
 void put_ac3_extension(BitWriter& out, const Ac3Spec& spec) {
-    out.put(spec.xbsi1 ? 1 : 0, 1);
+    out.u(spec.xbsi1 ? 1 : 0, 1);
     if (spec.xbsi1) {
-        out.put(spec.xbsi1->dmixmod, 2);
-        out.put(spec.xbsi1->ltrtcmixlev, 3);
-        out.put(spec.xbsi1->ltrtsurmixlev, 3);
-        out.put(spec.xbsi1->lorocmixlev, 3);
-        out.put(spec.xbsi1->lorosurmixlev, 3);
+        out.u(spec.xbsi1->dmixmod, 2);
+        out.u(spec.xbsi1->ltrtcmixlev, 3);
+        out.u(spec.xbsi1->ltrtsurmixlev, 3);
+        out.u(spec.xbsi1->lorocmixlev, 3);
+        out.u(spec.xbsi1->lorosurmixlev, 3);
     }
-    out.put(spec.xbsi2 ? 1 : 0, 1);
+    out.u(spec.xbsi2 ? 1 : 0, 1);
     if (spec.xbsi2) {
-        out.put(spec.xbsi2->dsurexmod, 2);
-        out.put(spec.xbsi2->dheadphonmod, 2);
-        out.put(spec.xbsi2->adconvtyp, 1);
-        out.put(spec.xbsi2->xbsi2, 8);
-        out.put(spec.xbsi2->encinfo, 1);
+        out.u(spec.xbsi2->dsurexmod, 2);
+        out.u(spec.xbsi2->dheadphonmod, 2);
+        out.u(spec.xbsi2->adconvtyp, 1);
+        out.u(spec.xbsi2->xbsi2, 8);
+        out.u(spec.xbsi2->encinfo, 1);
     }
 }
 
 void put_ac3_header(BitWriter& out, const Ac3Spec& spec) {
-    out.put(0x0B77, 16);
-    out.put(0, 16);  // crc1
-    out.put(spec.fscod, 2);
-    out.put(spec.frmsizecod, 6);
-    out.put(spec.bsid, 5);
-    out.put(spec.bsmod, 3);
-    out.put(spec.acmod, 3);
+    out.u(0x0B77, 16);
+    out.u(0, 16);  // crc1
+    out.u(spec.fscod, 2);
+    out.u(spec.frmsizecod, 6);
+    out.u(spec.bsid, 5);
+    out.u(spec.bsmod, 3);
+    out.u(spec.acmod, 3);
     if ((spec.acmod & 1U) != 0 && spec.acmod != 1) {
-        out.put(spec.cmixlev, 2);
+        out.u(spec.cmixlev, 2);
     }
     if ((spec.acmod & 4U) != 0) {
-        out.put(spec.surmixlev, 2);
+        out.u(spec.surmixlev, 2);
     }
     if (spec.acmod == 2) {
-        out.put(spec.dsurmod, 2);
+        out.u(spec.dsurmod, 2);
     }
-    out.put(spec.lfeon, 1);
+    out.u(spec.lfeon, 1);
     for (unsigned program = 0; program < programs_of(spec.acmod); ++program) {
-        out.put(spec.dialnorm[program], 5);
-        out.put_optional(spec.compr[program], 8);
-        out.put_optional(spec.langcod[program], 8);
+        out.u(spec.dialnorm[program], 5);
+        put_optional(out, spec.compr[program], 8);
+        put_optional(out, spec.langcod[program], 8);
         const std::optional<AudprodSpec>& audprod = spec.audprod[program];
-        out.put(audprod ? 1 : 0, 1);
+        out.u(audprod ? 1 : 0, 1);
         if (audprod) {
-            out.put(audprod->mixlevel, 5);
-            out.put(audprod->roomtyp, 2);
+            out.u(audprod->mixlevel, 5);
+            out.u(audprod->roomtyp, 2);
         }
     }
-    out.put(spec.copyrightb, 1);
-    out.put(spec.origbs, 1);
+    out.u(spec.copyrightb, 1);
+    out.u(spec.origbs, 1);
     if (spec.bsid == 6) {
         put_ac3_extension(out, spec);
     } else {
-        out.put_optional(spec.timecod1, 14);
-        out.put_optional(spec.timecod2, 14);
+        put_optional(out, spec.timecod1, 14);
+        put_optional(out, spec.timecod2, 14);
     }
     put_addbsi(out, spec.addbsi);
 }
@@ -302,39 +278,39 @@ void put_ac3_header(BitWriter& out, const Ac3Spec& spec) {
 
 Bytes build_eac3_frame(const Eac3Spec& spec) {
     BitWriter out;
-    out.put(0x0B77, 16);
-    out.put(spec.strmtyp, 2);
-    out.put(spec.substreamid, 3);
-    out.put(spec.words - 1, 11);
-    out.put(spec.fscod, 2);
-    out.put(spec.numblkscod, 2);
-    out.put(spec.acmod, 3);
-    out.put(spec.lfeon, 1);
-    out.put(spec.bsid, 5);
+    out.u(0x0B77, 16);
+    out.u(spec.strmtyp, 2);
+    out.u(spec.substreamid, 3);
+    out.u(spec.words - 1, 11);
+    out.u(spec.fscod, 2);
+    out.u(spec.numblkscod, 2);
+    out.u(spec.acmod, 3);
+    out.u(spec.lfeon, 1);
+    out.u(spec.bsid, 5);
     for (unsigned program = 0; program < programs_of(spec.acmod); ++program) {
-        out.put(spec.dialnorm[program], 5);
-        out.put_optional(spec.compr[program], 8);
+        out.u(spec.dialnorm[program], 5);
+        put_optional(out, spec.compr[program], 8);
     }
     if (spec.strmtyp == 1) {
-        out.put_optional(spec.chanmap, 16);
+        put_optional(out, spec.chanmap, 16);
     }
-    out.put(spec.mix ? 1 : 0, 1);
+    out.u(spec.mix ? 1 : 0, 1);
     if (spec.mix) {
         put_mixing(out, spec, *spec.mix);
     }
-    out.put(spec.info ? 1 : 0, 1);
+    out.u(spec.info ? 1 : 0, 1);
     if (spec.info) {
         put_information(out, spec, *spec.info);
     }
     if (spec.strmtyp == 0 && spec.numblkscod != 3) {
-        out.put(spec.convsync, 1);
+        out.u(spec.convsync, 1);
     }
     if (spec.strmtyp == 2) {
         if (spec.numblkscod != 3) {
-            out.put(spec.blkid, 1);
+            out.u(spec.blkid, 1);
         }
         if (spec.numblkscod == 3 || spec.blkid == 1) {
-            out.put(spec.frmsizecod, 6);
+            out.u(spec.frmsizecod, 6);
         }
     }
     put_addbsi(out, spec.addbsi);

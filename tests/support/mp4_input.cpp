@@ -3,8 +3,6 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <utility>
-
 namespace mediasplit::mp4 {
 
 MemoryInput::MemoryInput(std::span<const std::uint8_t> bytes) {

@@ -4,7 +4,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 
 #include "src/dash_reader/dash_player.h"
 #include "src/dash_reader/dash_reader.h"

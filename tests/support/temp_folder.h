@@ -1,12 +1,14 @@
 #pragma once
 
-#include <cstdint>
+#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 namespace mediasplit {
@@ -16,7 +18,12 @@ class TempFolder {
 public:
     TempFolder() {
         std::string name = (std::filesystem::temp_directory_path() / "mediasplit-XXXXXX").string();
-        path_ = mkdtemp(name.data()) == nullptr ? "." : name;
+        if (mkdtemp(name.data()) == nullptr) {
+            // Never some other folder: what is in this one goes away with it.
+            throw std::filesystem::filesystem_error("no folder for the test", name,
+                                                    {errno, std::generic_category()});
+        }
+        path_ = name;
     }
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
@@ -59,6 +66,16 @@ inline void remove_files(const std::string& folder, std::string_view begin) {
             std::filesystem::remove(entry.path());
         }
     }
+}
+
+/// The names of what lies in a folder, sorted.
+inline std::vector<std::string> file_names(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 /// The whole content of a file.

@@ -137,6 +137,14 @@ TsBuilder one_program(const std::vector<TsStreamDescription>& streams) {
     return builder;
 }
 
+Bytes adts_stream(std::string_view payload) {
+    PesDescription pes;
+    pes.stream_id = 0xC0;
+    pes.pts = 90000;
+    pes.payload.assign(payload.begin(), payload.end());
+    return one_program({{0x0F, 257}}).pes(257, pes).bytes();
+}
+
 Bytes descriptor(std::uint8_t tag, const Bytes& body) {
     Bytes result = {tag, static_cast<std::uint8_t>(body.size())};
     append(result, body);

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace mediasplit {
@@ -55,6 +55,9 @@ private:
 
 // PAT with program 1 at PID 0x100 and its PMT with `streams`.
 TsBuilder one_program(const std::vector<TsStreamDescription>& streams);
+
+// A transport stream with `payload` as its one ADTS stream, of PID 257, in one PES packet.
+Bytes adts_stream(std::string_view payload);
 
 // A PES packet header and payload as bytes.
 Bytes pes_bytes(const PesDescription& description);

@@ -90,6 +90,11 @@ WorkerRun::~WorkerRun() {
     (void)list_destroy(&list_);
 }
 
+void WorkerRun::add(const std::string& name, const std::string& content) {
+    (void)folder_.write(name, content);
+    server_.serve("/" + name, content);
+}
+
 std::vector<std::string> WorkerRun::texts(int id) const {
     std::vector<std::string> result;
     for (const RecordedReport& report : sink_.reports()) {

@@ -56,6 +56,8 @@ protected:
     WorkerRun();
     ~WorkerRun();
 
+    // Writes a file of the working folder and serves it below "/".
+    void add(const std::string& name, const std::string& content);
     // Texts of all reports of an id.
     [[nodiscard]] std::vector<std::string> texts(int id) const;
     // Ids of all reports but those left out.

@@ -1,6 +1,5 @@
 #include "src/main/checks/dash_manifest.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <limits>
 #include <string_view>

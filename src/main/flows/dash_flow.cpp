@@ -10,11 +10,9 @@
 #include "src/log/logging.h"
 #include "src/main/checks/dash_manifest.h"
 #include "src/main/flows/flows.h"
+#include "src/main/workers/manifest_file.h"
 #include "src/main/workers/stream_workers.h"
 #include "src/records/run_options.h"
-#include "src/util/address.h"
-#include "src/util/fetched_files.h"
-#include "src/util/fetcher.h"
 
 namespace mediasplit {
 
@@ -24,11 +22,6 @@ constexpr std::int32_t kThreadsLine = 2217;      // told by 3005
 constexpr std::uint32_t kWorkerStack = 0x40000;  // bytes
 constexpr std::uint32_t kBroadcastRules = 4;
 constexpr std::uint32_t kTimingGroup = 1;
-
-struct CloseStream {
-    void operator()(std::FILE* stream) const { static_cast<void>(std::fclose(stream)); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
 // --- Reading the input ---
 
@@ -52,42 +45,26 @@ ReadResult read_manifest(std::FILE* file, Loglist* loglist) {
     return result;
 }
 
-ReadResult read_local(Loglist* loglist) {
-    const Stream file(std::fopen(g_input->c_str(), "r"));
-    if (file == nullptr) {
-        return {Logging_err_type_check(loglist, 4022, {}, *g_input), nullptr};
+ReadResult read_input(Loglist* loglist) {
+    ManifestFile file;
+    if (const Status opened = file.open(*g_input, "master_manifest", loglist);
+        opened != Status::kOk) {
+        return {opened, nullptr};
     }
-    return read_manifest(file.get(), loglist);
-}
-
-// The copy of a manifest that can't be used stays behind.
-ReadResult read_address(Loglist* loglist) {
-    const std::string copy = createUniqueFileName("master_manifest");
-    if (url2file(g_input, copy, fetch_limits().manifest_bytes) != 0) {
-        return {Logging_err_type_check(loglist, 4021, {}, *g_input), nullptr};
-    }
-    Stream file(std::fopen(copy.c_str(), "r"));
-    ReadResult result = read_manifest(file.get(), loglist);
-    file.reset();
-    if (result.info != nullptr && remove_fetched_file(copy) != 0) {
-        result.status |= Logging_err_type_check(loglist, 11, {}, copy, *g_input);
+    ReadResult result = read_manifest(file.stream(), loglist);
+    // The copy of a manifest that can't be used stays behind.
+    if (result.info != nullptr) {
+        result.status |= file.remove_copy(loglist);
     }
     return result;
 }
 
 // --- Representations ---
 
-const DashAdaptationSetInfo* set_of(const DashPeriodInfo& period,
-                                    const DashRepresentationInfo& representation) {
-    return representation.adaptation_set_index < period.adaptation_sets.size()
-               ? &period.adaptation_sets[representation.adaptation_set_index]
-               : nullptr;
-}
-
 bool holds(const DashPeriodInfo& period, const DashRepresentationInfo& representation,
            std::string_view attribute, std::string_view text) {
-    const auto value =
-        get_dash_rep_attr_str(&representation, set_of(period, representation), attribute);
+    const auto value = get_dash_rep_attr_str(&representation,
+                                             adaptation_set_of(period, representation), attribute);
     return value && value->find(text) != std::string_view::npos;
 }
 
@@ -134,7 +111,7 @@ std::unique_ptr<StreamJob> make_job(const DashInfo& info, const DashPeriodInfo& 
     job->representation_id = representation.id;
     job->manifest_text = info.url;
     const auto key_id =
-        get_dash_rep_attr_str(&representation, set_of(period, representation), "kid");
+        get_dash_rep_attr_str(&representation, adaptation_set_of(period, representation), "kid");
     if (key_id) {
         job->key_id.emplace(*key_id);
     }
@@ -173,7 +150,7 @@ Status play_period(const DashInfo& info, const DashPeriodInfo& period, Loglist* 
 }  // namespace
 
 Status run_dash(Loglist* loglist) {
-    const ReadResult read = is_url(*g_input) ? read_address(loglist) : read_local(loglist);
+    const ReadResult read = read_input(loglist);
     if (read.info == nullptr) {
         return read.status;
     }

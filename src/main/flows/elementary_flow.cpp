@@ -7,6 +7,9 @@ namespace mediasplit {
 
 namespace {
 
+using ElementaryReader = Status (*)(OutputFile* output, InputFile& input, ManifestContext* context,
+                                    Loglist* loglist);
+
 // Reads and checks only: a stream that is elementary already has nothing to be written.
 Status run_elementary(ElementaryReader reader, Loglist* loglist) {
     InputFile input;

@@ -20,10 +20,6 @@ using TsDemux = Status (*)(InputFile& input, const std::string& output_dir, cons
                            bool is_hls, Loglist* loglist, std::int64_t pid_filter,
                            OutputRegistry* outputs);
 
-// The reader of an elementary stream; without an output it reads only.
-using ElementaryReader = Status (*)(OutputFile* output, InputFile& input, ManifestContext* context,
-                                    Loglist* loglist);
-
 [[nodiscard]] Status run_hls(Loglist* loglist);
 [[nodiscard]] Status run_dash(Loglist* loglist);
 [[nodiscard]] Status run_mp4(Loglist* loglist);
@@ -31,8 +27,6 @@ using ElementaryReader = Status (*)(OutputFile* output, InputFile& input, Manife
 [[nodiscard]] Status run_ts_file(Loglist* loglist);
 [[nodiscard]] Status run_eac3(Loglist* loglist);
 [[nodiscard]] Status run_ac4(Loglist* loglist);
-// Raises 4004.
-[[nodiscard]] Status run_unknown(Loglist* loglist);
 
 // The TS flows with a demultiplexer of the caller's choice.
 [[nodiscard]] Status run_ts_series_with(TsDemux demux, Loglist* loglist);

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -12,11 +11,9 @@
 #include "src/log/logging.h"
 #include "src/main/checks/master_playlist.h"
 #include "src/main/flows/flows.h"
+#include "src/main/workers/manifest_file.h"
 #include "src/main/workers/stream_workers.h"
 #include "src/records/run_options.h"
-#include "src/util/address.h"
-#include "src/util/fetched_files.h"
-#include "src/util/fetcher.h"
 #include "src/video/codec_text.h"
 
 namespace mediasplit {
@@ -27,11 +24,6 @@ constexpr std::size_t kLongestInput = 1024;
 constexpr std::int32_t kThreadsLine = 1354;  // told by 3005
 constexpr std::uint32_t kIframeStreamsMask = 32;
 
-struct CloseStream {
-    void operator()(std::FILE* stream) const { static_cast<void>(std::fclose(stream)); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
-
 // --- Reading the input ---
 
 struct ReadResult {
@@ -39,28 +31,14 @@ struct ReadResult {
     bool goes_on = false;
 };
 
-ReadResult read_local(PlaylistRecord& playlist, Loglist* loglist) {
-    const Stream file(std::fopen(g_input->c_str(), "r"));
-    if (file == nullptr) {
-        return {Logging_err_type_check(loglist, 4022, {}, *g_input), false};
+ReadResult read_input(PlaylistRecord& playlist, Loglist* loglist) {
+    ManifestFile file;
+    if (const Status opened = file.open(*g_input, "master_manifest", loglist);
+        opened != Status::kOk) {
+        return {opened, false};
     }
-    const Status parsed = parse_file(file.get(), g_input, playlist, nullptr);
-    return {parsed, parsed != Status::kFailed};
-}
-
-ReadResult read_address(PlaylistRecord& playlist, Loglist* loglist) {
-    const std::string copy = createUniqueFileName("master_manifest");
-    if (url2file(g_input, copy, fetch_limits().manifest_bytes) != 0) {
-        return {Logging_err_type_check(loglist, 4021, {}, *g_input), false};
-    }
-    Stream file(std::fopen(copy.c_str(), "r"));
-    const Status parsed = parse_file(file.get(), g_input, playlist, nullptr);
-    file.reset();
-    ReadResult result{parsed, parsed != Status::kFailed};
-    if (remove_fetched_file(copy) != 0) {
-        result.status |= Logging_err_type_check(loglist, 11, {}, copy, *g_input);
-    }
-    return result;
+    const Status parsed = parse_file(file.stream(), g_input, playlist, nullptr);
+    return {parsed | file.remove_copy(loglist), parsed != Status::kFailed};
 }
 
 // --- Jobs ---
@@ -242,8 +220,7 @@ Status follow_media(Loglist* loglist) {
 
 Status run_hls(Loglist* loglist) {
     PlaylistRecord playlist;
-    const ReadResult read =
-        is_url(*g_input) ? read_address(playlist, loglist) : read_local(playlist, loglist);
+    const ReadResult read = read_input(playlist, loglist);
     if (!read.goes_on) {
         return read.status;
     }

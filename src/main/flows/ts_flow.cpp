@@ -1,7 +1,6 @@
-#include <cstdio>
-#include <memory>
 #include <string>
 
+#include "src/commonfileio/file_descriptor.h"
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"
 #include "src/main/flows/flows.h"
@@ -13,15 +12,6 @@
 namespace mediasplit {
 
 namespace {
-
-struct CloseStream {
-    void operator()(std::FILE* stream) const { static_cast<void>(std::fclose(stream)); }
-};
-
-bool can_be_opened(const std::string& path) {
-    const std::unique_ptr<std::FILE, CloseStream> stream(std::fopen(path.c_str(), "rb"));
-    return stream != nullptr;
-}
 
 Status run_demux(TsDemux demux, InputFile& input, const std::string& name, bool first,
                  TsSegmentSummary* summary, OutputRegistry& outputs, Loglist* loglist) {
@@ -41,7 +31,7 @@ Status run_ts_series_with(TsDemux demux, Loglist* loglist) {
     for (;; ++n) {
         const SeriesName file = series_file_name(*g_input, g_startIndex + n);
         // A template without a number names one file, not an endless row of it.
-        if ((n > 0 && !file.is_numbered) || !can_be_opened(file.name)) {
+        if ((n > 0 && !file.is_numbered) || !open_for_reading(file.name)) {
             break;
         }
         if (!has_name) {

@@ -1,27 +1,18 @@
 #include "src/main/workers/thread_func.h"
 
 #include <cstdio>
-#include <memory>
 
 #include "src/dash_thread/dash_thread.h"
-#include "src/file_util/path_names.h"
 #include "src/log/logging.h"
+#include "src/main/workers/manifest_file.h"
 #include "src/main/workers/stream_job.h"
 #include "src/records/run_options.h"
-#include "src/util/address.h"
-#include "src/util/fetched_files.h"
-#include "src/util/fetcher.h"
 
 namespace mediasplit {
 
 namespace {
 
 constexpr std::int32_t kLastPlaylistFormat = 3;
-
-struct CloseStream {
-    void operator()(std::FILE* stream) const { static_cast<void>(std::fclose(stream)); }
-};
-using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
 int follow_representation(StreamJob& job, std::FILE* manifest, double& live_remaining) {
     DashJob dash;
@@ -48,34 +39,18 @@ int follow_stream(StreamJob& job, std::FILE* playlist, double& live_remaining) {
                   job.status, job.sync_list, g_keypairs, &live_remaining, job.loglist, job.outputs);
 }
 
-void end_without_playlist(StreamJob& job, Status reported) {
-    job.status |= reported | Status::kFailed;
-    send_end_record(job.sync_list);
-}
-
-int follow_local(StreamJob& job, double& live_remaining) {
-    const Stream playlist(std::fopen(job.url.c_str(), "r"));
-    if (playlist == nullptr) {
-        end_without_playlist(job, Logging_err_type_check(job.loglist, 4022, {}, job.url));
+// One reading of the playlist; its result is that of `thread` and `dash_thread`.
+int follow(StreamJob& job, double& live_remaining) {
+    ManifestFile file;
+    if (const Status opened = file.open(job.url, "playlist_manifest", job.loglist);
+        opened != Status::kOk) {
+        job.status |= opened | Status::kFailed;
+        send_end_record(job.sync_list);
         return 0;
     }
     job.status |= Logging_err_type_check(job.loglist, 3, {}, job.url);
-    return follow_stream(job, playlist.get(), live_remaining);
-}
-
-int follow_address(StreamJob& job, double& live_remaining) {
-    const std::string copy = createUniqueFileName("playlist_manifest");
-    if (url2file(job.url, copy, fetch_limits().manifest_bytes) != 0) {
-        end_without_playlist(job, Logging_err_type_check(job.loglist, 4021, {}, job.url));
-        return 0;
-    }
-    Stream playlist(std::fopen(copy.c_str(), "r"));
-    job.status |= Logging_err_type_check(job.loglist, 3, {}, job.url);
-    const int result = follow_stream(job, playlist.get(), live_remaining);
-    playlist.reset();
-    if (remove_fetched_file(copy) != 0) {
-        job.status |= Logging_err_type_check(job.loglist, 11, {}, copy, job.url);
-    }
+    const int result = follow_stream(job, file.stream(), live_remaining);
+    job.status |= file.remove_copy(job.loglist);
     return result;
 }
 
@@ -90,7 +65,6 @@ std::uint32_t ThreadFunc(void* argument) {
     auto& job = *static_cast<StreamJob*>(argument);
     const StreamLabel label(stream_label(job));
     double live_remaining = g_tested_duration_in_live;
-    const auto follow = is_url(job.url) ? follow_address : follow_local;
     while (follow(job, live_remaining) == 1) {
     }
     return 0;

@@ -3,17 +3,18 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
+#include <cstdlib>
 #include <map>
 #include <random>
+#include <sstream>
 #include <string>
 
 #include "ac4/metadata/huffman_code_books.h"
 #include "ac4/metadata/presentation_substream.h"
 #include "ac4/metadata/substream_metadata.h"
 #include "tests/support/ac4_builder.h"
+#include "tests/support/shell_command.h"
+#include "tests/support/temp_folder.h"
 
 namespace mediasplit {
 namespace {
@@ -28,29 +29,16 @@ std::string trimmed(const std::string& text) {
 }
 
 Told ask_mediainfo(const std::vector<std::uint8_t>& stream) {
-    const std::filesystem::path path =
-        std::filesystem::temp_directory_path() / std::string("ac4_metadata_test_")
-                                                     .append(std::to_string(std::random_device{}()))
-                                                     .append(".ac4");
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(stream.data()),
-               static_cast<std::streamsize>(stream.size()));
+    const TempFolder folder;
+    const std::string path = folder.write("stream.ac4", std::string(stream.begin(), stream.end()));
+    std::istringstream lines(run_shell("mediainfo --Full " + path + " 2>/dev/null").output);
     Told told;
-    const std::string command =
-        std::string("mediainfo --Full ").append(path.string()).append(" 2>/dev/null");
-    std::FILE* pipe = popen(command.c_str(), "r");
-    if (pipe != nullptr) {
-        std::array<char, 512> line{};
-        while (std::fgets(line.data(), line.size(), pipe) != nullptr) {
-            const std::string text(line.data());
-            const std::size_t colon = text.find(" : ");
-            if (colon != std::string::npos) {
-                told.emplace(trimmed(text.substr(0, colon)), trimmed(text.substr(colon + 3)));
-            }
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t colon = line.find(" : ");
+        if (colon != std::string::npos) {
+            told.emplace(trimmed(line.substr(0, colon)), trimmed(line.substr(colon + 3)));
         }
-        pclose(pipe);
     }
-    std::filesystem::remove(path);
     return told;
 }
 

@@ -319,6 +319,28 @@ TEST_F(FrameAnalyzerTest, EmdfSubstreamOfAPresentationIsRead) {
     }
 }
 
+// A frame may name its EMDF substreams a thousand times over: what was read isn't read again.
+TEST_F(FrameAnalyzerTest, EmdfSubstreamNamedAgainIsNotReadAgain) {
+    BuildFrame frame = simple_stereo_frame();
+    const auto ims_payload = [](std::uint32_t code_2) {
+        ImsText ims;
+        ims.code_2 = code_2;
+        EmdfText payload;
+        payload.id = 18;
+        payload.payload = write_ims(ims);
+        return write_emdf({payload}).to_bytes();
+    };
+    frame.substreams.push_back(ims_payload(3));
+    frame.substreams.push_back(ims_payload(1));
+    frame.presentations[0].emdf.payloads_index = 2;
+    const auto named = [](std::uint32_t index) { return BuildEmdf{0, 0, index, 0, 0, 0}; };
+    frame.presentations[0].add_emdf = {named(2), named(3), named(2), named(3), named(2)};
+    ASSERT_EQ(analyze(frame), 0);
+    ASSERT_NE(ac4analyze_get_ims_info(analyzer_, 0), nullptr);
+    EXPECT_EQ(ac4analyze_get_ims_info(analyzer_, 0)->code_2, 1);
+    EXPECT_EQ(presentation(0).n_emdf_substreams, 5);
+}
+
 TEST_F(FrameAnalyzerTest, ObjectsAndTheirMetadataSubstreamAreRead) {
     BuildFrame frame = simple_stereo_frame();
     frame.groups[0].channel_coded = false;

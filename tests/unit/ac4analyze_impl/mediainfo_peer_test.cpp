@@ -5,14 +5,14 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/support/shell_command.h"
+#include "tests/support/temp_folder.h"
 #include "tests/unit/ac4analyze_impl/analyzer_fixture.h"
 
 namespace mediasplit {
@@ -21,17 +21,11 @@ namespace {
 // Values by "section/field", first ones kept: "Presentation #1/Channel mode".
 using PeerReport = std::map<std::string, std::string>;
 
-PeerReport ask_peer(const std::filesystem::path& file) {
+PeerReport ask_peer(const std::string& file) {
     PeerReport report;
-    const std::string command = "mediainfo --Full '" + file.string() + "' 2>/dev/null";
-    std::FILE* pipe = ::popen(command.c_str(), "r");
-    if (pipe == nullptr) {
-        return report;
-    }
+    std::istringstream lines(run_shell("mediainfo --Full '" + file + "' 2>/dev/null").output);
     std::string section;
-    std::array<char, 512> buffer{};
-    while (std::fgets(buffer.data(), static_cast<int>(buffer.size()), pipe) != nullptr) {
-        const std::string line = buffer.data();
+    for (std::string line; std::getline(lines, line);) {
         const std::size_t colon = line.find(" : ");
         if (colon == std::string::npos) {
             continue;
@@ -40,40 +34,34 @@ PeerReport ask_peer(const std::filesystem::path& file) {
         std::string key = line.substr(nested ? 1 : 0, colon - (nested ? 1 : 0));
         key.erase(key.find_last_not_of(' ') + 1);
         std::string value = line.substr(colon + 3);
-        value.erase(value.find_last_not_of("\r\n ") + 1);
+        value.erase(value.find_last_not_of("\r ") + 1);
         if (!nested) {
             section = key;
         }
         report.emplace(nested ? section + "/" + key : key, value);
     }
-    ::pclose(pipe);
     return report;
 }
 
 class MediainfoPeerTest : public AnalyzerFixture {
 protected:
     void SetUp() override {
-        if (std::system("mediainfo --Version >/dev/null 2>&1") == 127 * 256) {  // NOLINT
+        if (run_shell("mediainfo --Version 2>&1").status == 127 * 256) {
             GTEST_SKIP() << "mediainfo is not installed";
         }
     }
     // Writes a stream of the frame, has both read it.
     void read_both(BuildFrame frame) {
-        const std::filesystem::path file =
-            std::filesystem::path(testing::TempDir()) / "mediainfo_peer_test.ac4";
-        {
-            std::ofstream out(file, std::ios::binary);
-            for (int i = 0; i < 40; ++i) {
-                frame.sequence_counter = ++sequence_;
-                const Ac4Bytes synced = write_syncframe(write_ac4_frame(frame), i % 2 == 0);
-                const std::string text(synced.begin(), synced.end());
-                out << text;
-                ASSERT_EQ(analyze(frame), 0);
-                EXPECT_EQ(record_->status, 0U);
-            }
+        std::string stream;
+        for (int i = 0; i < 40; ++i) {
+            frame.sequence_counter = ++sequence_;
+            const Ac4Bytes synced = write_syncframe(write_ac4_frame(frame), i % 2 == 0);
+            stream.append(synced.begin(), synced.end());
+            ASSERT_EQ(analyze(frame), 0);
+            EXPECT_EQ(record_->status, 0U);
         }
-        peer_ = ask_peer(file);
-        std::filesystem::remove(file);
+        const TempFolder folder;
+        peer_ = ask_peer(folder.write("stream.ac4", stream));
         ASSERT_EQ(peer_["Format"], "AC-4");
         compare_head();
         for (std::int32_t p = 0; p < record_->n_presentations; ++p) {

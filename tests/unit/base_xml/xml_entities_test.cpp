@@ -113,7 +113,9 @@ std::string bomb(int levels, int fan) {
     return subset;
 }
 
-TEST(XmlEntities, ExpansionBeyond16MebibytesEndsTheParsing) {
+constexpr std::size_t kMebibyte = 1048576;
+
+TEST(XmlEntities, ABombEndsTheParsing) {
     const EzxmlPtr root = parse(bomb(10, 10), "<r><a/>&l10;<b/></r>");
     EXPECT_STREQ(root->name, "r");
     EXPECT_NE(ezxml_child(root.get(), "a"), nullptr);
@@ -122,15 +124,32 @@ TEST(XmlEntities, ExpansionBeyond16MebibytesEndsTheParsing) {
     EXPECT_STREQ(ezxml_error(root.get()), "[error near line 11]: circular entity declaration &l10");
 }
 
-TEST(XmlEntities, ExpansionIsCountedOverTheWholeDocument) {
-    // A mebibyte each: 15 are fine, 17 are not.
-    const std::string subset = entity("a", std::string(1048576, 'x'));
+// Whether entity "a" of `size` bytes may be used `count` times in a document of about `length`
+// bytes, half of the uses in attributes.
+bool may_expand(std::size_t size, std::size_t count, std::size_t length = 0) {
+    const std::string subset = entity("a", std::string(size, 'x'));
     std::string body;
-    for (int i = 0; i < 15; ++i) {
-        body += "<c>&a;</c>";
+    for (std::size_t i = 0; i < count; ++i) {
+        body += i % 2 == 0 ? "<c>&a;</c>" : "<c d='&a;'/>";
     }
-    EXPECT_STREQ(ezxml_error(parse(subset, "<r>" + body + "</r>").get()), "");
-    EXPECT_STRNE(ezxml_error(parse(subset, "<r>" + body + "&a;<d e='&a;'/></r>").get()), "");
+    const std::size_t used = subset.size() + body.size();
+    const std::string filling(length > used ? length - used : 0, ' ');
+    return *ezxml_error(parse(subset, "<r>" + body + filling + "</r>").get()) == '\0';
+}
+
+TEST(XmlEntities, ExpandToAMebibyteInAnyDocument) {
+    EXPECT_TRUE(may_expand(1000, 1000));
+    EXPECT_FALSE(may_expand(1000, 1100));
+}
+
+TEST(XmlEntities, ExpandToFourTimesALongDocument) {
+    EXPECT_TRUE(may_expand(1000, 3900, kMebibyte));
+    EXPECT_FALSE(may_expand(1000, 4300, kMebibyte));
+}
+
+TEST(XmlEntities, ExpandTo16MebibytesAtTheMost) {
+    EXPECT_TRUE(may_expand(kMebibyte, 15, 8 * kMebibyte));
+    EXPECT_FALSE(may_expand(kMebibyte, 17, 8 * kMebibyte));
 }
 
 TEST(XmlEntities, ExpansionToNothingIsBoundedToo) {

@@ -493,9 +493,33 @@ TEST_F(InputFileTest, ViewStopsAtTheEndOfTheRange) {
     EXPECT_TRUE(read_view(1, file_).empty());
 }
 
+TEST_F(InputFileTest, BlocksShowTheWholeFileInTurn) {
+    open(2 * kBlock + 100);
+    EXPECT_EQ(read(30), expected(0, 30));
+    std::uint64_t at = 30;
+    for (const std::uint64_t size : {kBlock - 30, kBlock, std::uint64_t{100}}) {
+        const auto block = read_block(file_);
+        ASSERT_EQ(std::string(block.begin(), block.end()), expected(at, size));
+        at += size;
+        ASSERT_EQ(CurrentOffset(file_), at);
+    }
+    EXPECT_TRUE(read_block(file_).empty());
+    EXPECT_EQ(CurrentOffset(file_), at);
+}
+
+TEST_F(InputFileTest, BlocksStopAtTheEndOfTheRange) {
+    open_range(2 * kBlock, 20, kBlock + 10);
+    EXPECT_EQ(read_block(file_).size(), kBlock);
+    const auto block = read_block(file_);
+    EXPECT_EQ(std::string(block.begin(), block.end()), expected(20 + kBlock, 10));
+    EXPECT_EQ(file_.range_left, 0);
+    EXPECT_TRUE(read_block(file_).empty());
+}
+
 TEST_F(InputFileTest, EmptyFileAndFolderDeliverNothing) {
     open(0);
     EXPECT_EQ(read(10), "");
+    EXPECT_TRUE(read_block(file_).empty());
     EXPECT_EQ(FileSize(file_), 0);
     CloseFile(file_);
     file_ = InputFile{};

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
-
 #include "tests/support/temp_folder.h"
 
 namespace mediasplit {
@@ -16,14 +14,35 @@ TEST(PacketReader, CountsWholePacketsAndRefusesAShortOne) {
     const std::string path = folder.write("a.ts", bytes);
     InputFile file;
     ASSERT_EQ(OpenFileEx(path, nullptr, 0, file), Status::kOk);
-    std::array<std::uint8_t, kTransportPacketSize> packet{};
+    TransportPacket packet;
     std::uint64_t count = 7;
     EXPECT_EQ(ioReadPacket(packet, file, count), 0);
     EXPECT_EQ(ioReadPacket(packet, file, count), 0);
-    EXPECT_EQ(packet[0], 'y');
+    EXPECT_EQ(packet.bytes[0], 'y');
     EXPECT_EQ(count, 9U);
     EXPECT_EQ(ioReadPacket(packet, file, count), 2);
     EXPECT_EQ(count, 9U);
+    CloseFile(file);
+}
+
+TEST(PacketReader, PacketsInPlaceAndAcrossTheEndOfTheBufferShowTheSameBytes) {
+    const TempFolder folder;
+    constexpr std::uint64_t kPackets = kInputBlockSize / kTransportPacketSize + 3;
+    std::string bytes;
+    for (std::uint64_t i = 0; i < kPackets; ++i) {
+        bytes += std::string(kTransportPacketSize, static_cast<char>(i % 251));
+    }
+    const std::string path = folder.write("a.ts", bytes);
+    InputFile file;
+    ASSERT_EQ(OpenFileEx(path, nullptr, 0, file), Status::kOk);
+    TransportPacket packet;
+    std::uint64_t count = 0;
+    while (ioReadPacket(packet, file, count) == 0) {
+        for (const std::uint8_t byte : packet.bytes) {
+            ASSERT_EQ(byte, (count - 1) % 251);
+        }
+    }
+    EXPECT_EQ(count, kPackets);
     CloseFile(file);
 }
 

@@ -4,15 +4,14 @@
 #include <map>
 
 #include "src/ac4analyze_impl/es_parser.h"
-#include "src/main/checkpoints.h"
 #include "src/main/flows/flows.h"
 #include "src/records/run_options.h"
 #include "tests/support/ac4_builder.h"
 #include "tests/support/dsi_builder.h"
 #include "tests/support/eac3_builder.h"
 #include "tests/support/mp4_builder.h"
+#include "tests/support/run_options_scope.h"
 #include "tests/unit/dash_thread/dash_run.h"
-#include "tests/unit/main/run_options_scope.h"
 
 namespace mediasplit {
 namespace {
@@ -89,12 +88,7 @@ bool is_entry_rule(int id) {
 class AudioManifest : public DashRun {
 protected:
     AudioManifest() {
-        g_output_dir = "out";
-        g_file_format = FormatId::kDash;
-        binary_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        force_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        loglist_ =
-            init_loglist(static_cast<std::uint32_t>(g_check_point_num), g_checkpoint_list.data());
+        loglist_ = begin_run(FormatId::kDash);
         add_stream("ec3", ec3_movie());
         add_stream("ac4", ac4_movie());
     }

@@ -1,11 +1,10 @@
 // Whole manifests, as a run takes them.
 #include <algorithm>
 
-#include "src/main/checkpoints.h"
 #include "src/main/flows/flows.h"
 #include "src/records/run_options.h"
+#include "tests/support/run_options_scope.h"
 #include "tests/unit/dash_thread/dash_run.h"
-#include "tests/unit/main/run_options_scope.h"
 
 namespace mediasplit {
 namespace {
@@ -17,12 +16,7 @@ using Names = std::vector<std::string>;
 class DashFlow : public DashRun {
 protected:
     DashFlow() {
-        g_output_dir = "out";
-        g_file_format = FormatId::kDash;
-        binary_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        force_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        loglist_ =
-            init_loglist(static_cast<std::uint32_t>(g_check_point_num), g_checkpoint_list.data());
+        loglist_ = begin_run(FormatId::kDash);
         add_segments(4);
         for (const char* name : {"a", "b"}) {
             add(std::string(name) + "_init.mp4", init_segment());
@@ -46,14 +40,7 @@ protected:
         return R"(<MPD><Period duration="PT4S"><AdaptationSet>)" + representations +
                "</AdaptationSet></Period></MPD>";
     }
-    [[nodiscard]] static Names outputs() {
-        Names names;
-        for (const auto& entry : fs::directory_iterator("out")) {
-            names.push_back(entry.path().filename().string());
-        }
-        std::sort(names.begin(), names.end());
-        return names;
-    }
+    [[nodiscard]] static Names outputs() { return file_names("out"); }
 
     RunOptionsScope scope_;
 };

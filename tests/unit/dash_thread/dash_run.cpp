@@ -25,11 +25,6 @@ std::string manifest(const std::string& mpd_attributes, const std::string& perio
            "</Representation></AdaptationSet></Period></MPD>";
 }
 
-void DashRun::add(const std::string& name, const std::string& content) {
-    (void)folder_.write(name, content);
-    server_.serve("/" + name, content);
-}
-
 void DashRun::add_segments(int last) {
     add("init.mp4", init_segment());
     for (int i = 1; i <= last; ++i) {

@@ -6,7 +6,6 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "src/dash_thread/dash_thread.h"
 #include "tests/support/worker_run.h"
@@ -27,8 +26,6 @@ inline const std::string kNumbers =
 
 class DashRun : public testing::Test, protected WorkerRun {
 protected:
-    // Writes a file of the working folder and serves it below "/".
-    void add(const std::string& name, const std::string& content);
     // init.mp4 and the segments s1.mp4 to s<last>.mp4.
     void add_segments(int last);
 

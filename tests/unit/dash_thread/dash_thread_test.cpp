@@ -72,6 +72,19 @@ TEST_F(DashThread, RefusedRepresentationFails) {
     EXPECT_EQ(take_timing().size(), 1U);
 }
 
+TEST_F(DashThread, RepresentationWithoutSegmentsGetsANote) {
+    play(manifest("", R"(duration="PT2S")", "<BaseURL>whole.mp4</BaseURL>"));
+    EXPECT_EQ(status_, Status::kOk);
+    EXPECT_EQ(sink_.notes(),
+              std::vector<std::string>{
+                  "Nothing was taken apart: the manifest tells no segments (SegmentTemplate, "
+                  "SegmentBase or SegmentList)."});
+    EXPECT_EQ(take_timing().size(), 1U);
+    add_segments(1);
+    play(manifest("", R"(duration="PT2S")", kNumbers));
+    EXPECT_EQ(sink_.notes().size(), 1U);
+}
+
 TEST_F(DashThread, LanguageIsHeldAgainstTheManifest) {
     add_segments(1);
     const auto with_language = [](const std::string& language) {

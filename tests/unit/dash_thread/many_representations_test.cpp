@@ -1,11 +1,10 @@
 // Many Representations side by side, with findings on all of them and the timing thread at work.
 #include <array>
 
-#include "src/main/checkpoints.h"
 #include "src/main/flows/flows.h"
 #include "src/records/run_options.h"
+#include "tests/support/run_options_scope.h"
 #include "tests/unit/dash_thread/dash_run.h"
-#include "tests/unit/main/run_options_scope.h"
 
 namespace mediasplit {
 namespace {
@@ -16,12 +15,7 @@ constexpr int kSegments = 6;
 class ManyRepresentations : public DashRun {
 protected:
     ManyRepresentations() {
-        g_output_dir = "out";
-        g_file_format = FormatId::kDash;
-        binary_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        force_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        loglist_ =
-            init_loglist(static_cast<std::uint32_t>(g_check_point_num), g_checkpoint_list.data());
+        loglist_ = begin_run(FormatId::kDash);
         for (int i = 0; i < kRepresentations; ++i) {
             const std::string stem = "r" + std::to_string(i) + "_";
             add(stem + "init.mp4", init_segment());

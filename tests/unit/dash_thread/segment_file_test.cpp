@@ -1,6 +1,5 @@
 #include "src/dash_thread/segment_file.h"
 
-#include <cstdlib>
 #include <new>
 
 #include "tests/unit/dash_thread/dash_run.h"

@@ -24,13 +24,6 @@ bool is_cut_name(const std::string& text) {
            text.find_first_not_of("0123456789", 227) == std::string::npos;
 }
 
-TEST(EraseSpace, RemovesBlanksAtBothEndsButLineEndsOnlyBehind) {
-    EXPECT_EQ(erasespace(" \t a b \t\r\n"), "a b");
-    EXPECT_EQ(erasespace("\r\na"), "\r\na");
-    EXPECT_EQ(erasespace(" \t\r\n"), "");
-    EXPECT_EQ(erasespace(""), "");
-}
-
 class LineTest : public testing::Test {
 protected:
     std::vector<std::string> lines(const std::string& text, std::size_t size) {

@@ -56,12 +56,7 @@ std::optional<mp4::Bytes> DemuxRun::output(const std::string& name) {
 }
 
 std::vector<std::string> DemuxRun::output_names() {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(folder.path())) {
-        names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
+    return file_names(folder.path());
 }
 
 DashContext resolved_dash() {

@@ -233,6 +233,9 @@ TEST(KeyTagTest, KeyHoldsForAllSegmentsThatFollow) {
         EXPECT_EQ(slots[i].key->iv, "\x0a\x0b\x41\x42");
     }
     EXPECT_EQ(slots[3].key, nullptr);
+    // One tag may speak of a million segments.
+    EXPECT_EQ(&*slots[1].key->uri, &*slots[2].key->uri);
+    EXPECT_EQ(&*slots[1].key->method, &*slots[2].key->method);
 }
 
 TEST(KeyTagTest, KeyAheadOfAMapAndASegmentGoesOnTheMap) {

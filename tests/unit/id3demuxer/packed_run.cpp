@@ -56,12 +56,7 @@ std::optional<Bytes> PackedRun::output(const std::string& file) const {
 }
 
 std::vector<std::string> PackedRun::output_names() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
-        names.push_back(entry.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
-    return names;
+    return file_names(folder.path());
 }
 
 std::string PackedRun::text_of(int id) const {

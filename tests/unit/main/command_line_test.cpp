@@ -8,7 +8,7 @@
 
 #include "src/main/checkpoints.h"
 #include "tests/support/recording_sink.h"
-#include "tests/unit/main/run_options_scope.h"
+#include "tests/support/run_options_scope.h"
 
 namespace mediasplit {
 namespace {

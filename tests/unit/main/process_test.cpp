@@ -2,13 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 #include "tests/support/recording_sink.h"
-#include "tests/unit/main/run_options_scope.h"
+#include "tests/support/run_options_scope.h"
+#include "tests/support/temp_folder.h"
 
 namespace mediasplit {
 namespace {
@@ -57,22 +56,11 @@ TEST(Process, InputWithoutNameFailsBeforeItIsOpened) {
     EXPECT_EQ(sink.ids(), (std::vector<int>{15}));
 }
 
-std::vector<std::filesystem::path> files_of(const std::filesystem::path& folder) {
-    std::vector<std::filesystem::path> result;
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        result.push_back(entry.path().extension());
-    }
-    std::sort(result.begin(), result.end());
-    return result;
-}
-
 TEST(Process, SinkSeesAWholeRunOfAnMp4File) {
     const RunOptionsScope scope;
     const RecordingSink sink;
-    const std::filesystem::path folder =
-        std::filesystem::path(testing::TempDir()) / "process_test_streams";
-    std::filesystem::create_directories(folder);
-    g_output_dir = folder.string();
+    const TempFolder folder;
+    g_output_dir = folder.path();
     const ProcessResult result = run_process(FormatId::kMp4, MEDIASPLIT_CLIP);
     EXPECT_EQ(result.exit_status, 0);
     EXPECT_EQ(result.err, "");
@@ -82,8 +70,8 @@ TEST(Process, SinkSeesAWholeRunOfAnMp4File) {
     EXPECT_EQ(sink.reports().front().outcome, Outcome::kUncollected);
     EXPECT_EQ(sink.reports().back().id, 15);
     EXPECT_EQ(sink.reports().back().text, "Succeed to demultiplex " MEDIASPLIT_CLIP);
-    EXPECT_EQ(files_of(folder), (std::vector<std::filesystem::path>{".264", ".aac"}));
-    std::filesystem::remove_all(folder);
+    EXPECT_EQ(file_names(folder.path()),
+              (std::vector<std::string>{"clip_track_id_1.out.264", "clip_track_id_2.out.aac"}));
 }
 
 }  // namespace

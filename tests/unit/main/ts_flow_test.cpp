@@ -1,15 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "src/log/logging.h"
-#include "src/main/checkpoints.h"
 #include "src/main/flows/flows.h"
 #include "tests/support/recording_sink.h"
-#include "tests/unit/main/run_options_scope.h"
+#include "tests/support/run_options_scope.h"
+#include "tests/support/temp_folder.h"
 
 namespace mediasplit {
 namespace {
@@ -17,14 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 
 using Ids = std::vector<int>;
-
-std::unique_ptr<Loglist> make_loglist() {
-    std::array<CheckpointText, kCheckpointCapacity> list{};
-    std::int32_t count = 0;
-    binary_checkpoint_init(count, list.data());
-    force_checkpoint_init(count, list.data());
-    return init_loglist(static_cast<std::uint32_t>(count), list.data());
-}
 
 TsSegmentSummary summary_of(std::int64_t first_video, std::int64_t video_end,
                             std::vector<TsAudioSummary> audio) {
@@ -76,26 +68,19 @@ Status scripted_demux(InputFile& input, const std::string& output_dir, const std
 
 class TsFlow : public testing::Test {
 protected:
-    TsFlow()
-        : folder_(fs::temp_directory_path() /
-                  ("ts_flow_" + std::to_string(testing::UnitTest::GetInstance()->random_seed()) +
-                   "_" + testing::UnitTest::GetInstance()->current_test_info()->name())) {
-        fs::remove_all(folder_);
-        fs::create_directories(folder_);
+    TsFlow() {
         g_calls.clear();
         g_summaries.clear();
         g_results.clear();
-        g_output_dir = "out";
         g_pid = 256;
     }
-    ~TsFlow() override { fs::remove_all(folder_); }
 
     void write(const std::string& name, const std::string& content) {
-        std::ofstream(folder_ / name, std::ios::binary) << content;
+        (void)folder_.write(name, content);
     }
 
     Status run_series(const std::string& name_template, std::uint32_t start) {
-        g_input = (folder_ / name_template).string();
+        g_input = folder_.path(name_template);
         g_startIndex = start;
         testing::internal::CaptureStderr();
         const Status status = run_ts_series_with(scripted_demux, loglist_.get());
@@ -113,16 +98,14 @@ protected:
 
     using Texts = std::vector<std::string>;
 
-    fs::path folder_;
+    TempFolder folder_;
     RunOptionsScope scope_;
     RecordingSink sink_;
-    std::unique_ptr<Loglist> loglist_ = make_loglist();
+    std::unique_ptr<Loglist> loglist_ = begin_run(FormatId::kTsSeries);
     std::string err_;
 };
 
 TEST_F(TsFlow, SeriesEndsAtItsFirstMissingFile) {
-    g_output_dir = "out";
-    g_pid = 256;
     write("a_0.ts", "zero");
     write("a_1.ts", "one");
     write("a_3.ts", "three");
@@ -130,7 +113,7 @@ TEST_F(TsFlow, SeriesEndsAtItsFirstMissingFile) {
     EXPECT_EQ(g_calls, (std::vector<DemuxCall>{{"zero", "out", "a_%d", true, true, false, 256},
                                                {"one", "out", "a_%d", false, true, false, 256}}));
     EXPECT_EQ(sink_.ids(), (Ids{3, 3}));
-    EXPECT_EQ(sink_.reports()[1].text, (folder_ / "a_1.ts:").string());
+    EXPECT_EQ(sink_.reports()[1].text, folder_.path("a_1.ts:"));
     EXPECT_EQ(sink_.reports()[1].outcome, Outcome::kCollected);
 }
 
@@ -147,7 +130,14 @@ TEST_F(TsFlow, SeriesWithoutItsFirstFileFails) {
     EXPECT_EQ(run_series("a_%d.ts", 0), Status::kFailed);
     EXPECT_EQ(sink_.ids(), Ids{4064});
     EXPECT_EQ(err_, "ERROR: Fail to fetch the TS file based on the TS file template : " +
-                        (folder_ / "a_%d.ts").string() + "\n");
+                        folder_.path("a_%d.ts") + "\n");
+}
+
+TEST_F(TsFlow, FolderInPlaceOfAFileEndsTheSeries) {
+    fs::create_directory(folder_.path("a_0.ts"));
+    EXPECT_EQ(run_series("a_%d.ts", 0), Status::kFailed);
+    EXPECT_EQ(sink_.ids(), Ids{4064});
+    EXPECT_TRUE(g_calls.empty());
 }
 
 TEST_F(TsFlow, AddressAsTemplateFailsAtOnce) {
@@ -206,14 +196,14 @@ TEST_F(TsFlow, FirstFileOfASeriesIsComparedWithNothing) {
 
 TEST_F(TsFlow, SingleFileIsDemultiplexedOnceWithoutSummary) {
     write("a.ts", "single");
-    g_input = (folder_ / "a.ts").string();
+    g_input = folder_.path("a.ts");
     EXPECT_EQ(run_ts_file_with(scripted_demux, loglist_.get()), Status::kOk);
     EXPECT_EQ(g_calls, (std::vector<DemuxCall>{{"single", "out", "a", true, false, false, 256}}));
     EXPECT_EQ(sink_.ids(), Ids{3});
 }
 
 TEST_F(TsFlow, SingleFileThatIsMissingIsReported) {
-    g_input = (folder_ / "a.ts").string();
+    g_input = folder_.path("a.ts");
     testing::internal::CaptureStderr();
     EXPECT_EQ(run_ts_file_with(scripted_demux, loglist_.get()), Status::kFailed);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),

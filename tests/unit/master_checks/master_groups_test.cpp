@@ -1,8 +1,6 @@
 // Timing groups of AC-4 streams and their renditions.
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "tests/unit/master_checks/master_input.h"
 
 namespace mediasplit {

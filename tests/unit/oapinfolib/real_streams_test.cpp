@@ -1,16 +1,13 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <array>
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "oapinfolib/src/oap_parser_state.h"
+#include "tests/support/shell_command.h"
+#include "tests/support/temp_folder.h"
 #include "tests/unit/oapinfolib/oap_test_support.h"
 
 // Streams of the ac3 and eac3 encoders of ffmpeg, made when the tests run: every layout and rate
@@ -35,27 +32,6 @@ constexpr Layout kLayouts[] = {
     {"3.1", 3, 1, 4},        {"4.1", 5, 1, 5},    {"5.1(side)", 7, 1, 6}, {"5.1", 7, 1, 6}};
 constexpr unsigned kRates[] = {48000, 44100, 32000};
 
-std::string run_command(const std::string& command, int& status) {
-    std::string output;
-    std::FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) {
-        status = -1;
-        return output;
-    }
-    std::array<char, 4096> buffer{};
-    for (std::size_t got = 1; got > 0;) {
-        got = std::fread(buffer.data(), 1, buffer.size(), pipe);
-        output.append(buffer.data(), got);
-    }
-    status = pclose(pipe);
-    return output;
-}
-
-Bytes read_file(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
 std::string value_of(const std::string& text, const std::string& key) {
     const std::size_t at = text.find(key + "=");
     if (at == std::string::npos) {
@@ -69,47 +45,34 @@ class RealStreams : public testing::Test {
 protected:
     void SetUp() override {
         for (const char* tool : {"ffmpeg", "ffprobe"}) {
-            int status = 0;
-            run_command(std::string(tool) + " -version 2>&1", status);
-            ASSERT_EQ(status, 0) << tool
-                                 << " is not installed; these tests encode and probe with it";
-        }
-        std::string name = (std::filesystem::temp_directory_path() / "oap_XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder = name;
-    }
-    void TearDown() override {
-        if (!folder.empty()) {
-            std::filesystem::remove_all(folder);
+            ASSERT_EQ(run_shell(std::string(tool) + " -version 2>&1").status, 0)
+                << tool << " is not installed; these tests encode and probe with it";
         }
     }
 
     // Runs the encoder: `outputs` are the options and names of one or more outputs.
     void encode(const std::string& outputs) const {
-        int status = 0;
-        const std::string log =
-            run_command("cd " + folder +
-                            " && ffmpeg -nostdin -v error -f lavfi -i "
-                            "'sine=frequency=440:sample_rate=48000:duration=0.4' " +
-                            outputs + " 2>&1",
-                        status);
-        ASSERT_EQ(status, 0) << log;
+        const ShellResult done = run_shell("cd " + folder.path() +
+                                           " && ffmpeg -nostdin -v error -f lavfi -i "
+                                           "'sine=frequency=440:sample_rate=48000:duration=0.4' " +
+                                           outputs + " 2>&1");
+        ASSERT_EQ(done.status, 0) << done.output;
     }
 
     [[nodiscard]] std::string probe(const std::string& file) const {
-        int status = 0;
-        return run_command(
-            "ffprobe -v error -show_entries stream=codec_name,sample_rate,channels,"
-            "bit_rate -show_entries packet=size -of default=noprint_wrappers=1 " +
-                folder + "/" + file + " 2>&1",
-            status);
+        return run_shell(
+                   "ffprobe -v error -show_entries stream=codec_name,sample_rate,channels,"
+                   "bit_rate -show_entries packet=size -of default=noprint_wrappers=1 " +
+                   folder.path(file) + " 2>&1")
+            .output;
     }
 
     [[nodiscard]] Bytes load(const std::string& file) const {
-        return read_file(folder + "/" + file);
+        const std::string text = read_file(folder.path(file));
+        return {text.begin(), text.end()};
     }
 
-    std::string folder;
+    TempFolder folder;
 };
 
 std::string stream_name(const char* codec, std::size_t layout, unsigned rate) {
@@ -134,9 +97,8 @@ void check_against_probe(const std::string& probed, const RunResult& run, const 
 
 TEST_F(RealStreams, EveryLayoutAndRateOfBothEncoders) {
     for (const char* codec : {"ac3", "eac3"}) {
-        int status = 0;
         const std::string help =
-            run_command(std::string("ffmpeg -hide_banner -h encoder=") + codec + " 2>&1", status);
+            run_shell(std::string("ffmpeg -hide_banner -h encoder=") + codec + " 2>&1").output;
         ASSERT_NE(help.find("Supported sample rates: 48000 44100 32000\n"), std::string::npos);
         std::string outputs;
         for (std::size_t i = 0; i < std::size(kLayouts); ++i) {

@@ -7,8 +7,8 @@
 #include "src/dash_reader/property_schemes.h"
 #include "src/main/run.h"
 #include "tests/support/recording_sink.h"
+#include "tests/support/run_options_scope.h"
 #include "tests/support/temp_folder.h"
-#include "tests/unit/main/run_options_scope.h"
 #include "tests/unit/prisma_checks/prisma_scenario.h"
 
 namespace mediasplit {

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "src/log/catalogue.h"
 
 namespace mediasplit::report {

@@ -136,30 +136,30 @@ TEST(PacketLayer, ClockReferenceLosesItsTopBit) {
     const auto context = tsOpen(1, nullptr, false, nullptr);
     // base 0x1_2345_6789, extension 0x155
     constexpr std::uint64_t kBase = 0x123456789;
-    context->packet = {0x47,
-                       0,
-                       0,
-                       0x20,
-                       7,
-                       0x10,
-                       static_cast<std::uint8_t>(kBase >> 25),
-                       static_cast<std::uint8_t>(kBase >> 17),
-                       static_cast<std::uint8_t>(kBase >> 9),
-                       static_cast<std::uint8_t>(kBase >> 1),
-                       static_cast<std::uint8_t>((kBase & 1) << 7 | 1),
-                       0x55};
+    context->packet.storage = {0x47,
+                               0,
+                               0,
+                               0x20,
+                               7,
+                               0x10,
+                               static_cast<std::uint8_t>(kBase >> 25),
+                               static_cast<std::uint8_t>(kBase >> 17),
+                               static_cast<std::uint8_t>(kBase >> 9),
+                               static_cast<std::uint8_t>(kBase >> 1),
+                               static_cast<std::uint8_t>((kBase & 1) << 7 | 1),
+                               0x55};
     tsPacketParseHeader(*context);
     tsPacketParseAdaptationField(*context);
     EXPECT_EQ(context->pcr_base, 0x23456789);
     EXPECT_EQ(context->pcr_extension, 0x155);
-    context->packet[4] = 0;
+    context->packet.storage[4] = 0;
     tsPacketParseAdaptationField(*context);
     EXPECT_EQ(context->pcr_base, 0);
 }
 
 TEST(PacketLayer, HeaderFieldsAreTold) {
     const auto context = tsOpen(1, nullptr, false, nullptr);
-    context->packet = {0x47, 0xF2, 0x34, 0x1B};
+    context->packet.storage = {0x47, 0xF2, 0x34, 0x1B};
     tsPacketParseHeader(*context);
     EXPECT_TRUE(context->transport_error_indicator);
     EXPECT_TRUE(context->payload_unit_start_indicator);

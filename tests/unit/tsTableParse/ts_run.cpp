@@ -1,13 +1,10 @@
 #include "tests/unit/tsTableParse/ts_run.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "src/tsTableParse/ts_demux.h"
+#include "tests/support/temp_folder.h"
 
 namespace mediasplit {
 
@@ -15,30 +12,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class ScratchFolder {
-public:
-    ScratchFolder() {
-        std::string name = (fs::temp_directory_path() / "ts_test_XXXXXX").string();
-        path_ = mkdtemp(name.data());
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    ~ScratchFolder() { fs::remove_all(path_); }
-    [[nodiscard]] const fs::path& path() const { return path_; }
-
-private:
-    fs::path path_;
-};
-
-Bytes read_file(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return Bytes(std::istreambuf_iterator<char>(in), {});
-}
-
-void write_file(const fs::path& path, const Bytes& bytes) {
-    std::ofstream out(path, std::ios::binary);
-    out.write(reinterpret_cast<const char*>(bytes.data()),
-              static_cast<std::streamsize>(bytes.size()));
+Bytes file_bytes(const fs::path& path) {
+    const std::string text = read_file(path);
+    return {text.begin(), text.end()};
 }
 
 }  // namespace
@@ -56,9 +32,8 @@ std::string TsRun::text(int id) const {
 }
 
 TsRun demux_series(const std::vector<Bytes>& inputs, const TsRunOptions& options) {
-    const ScratchFolder folder;
-    const fs::path input_path = folder.path() / "input.ts";
-    const fs::path out = folder.path() / "out";
+    const TempFolder folder;
+    const fs::path out = folder.path("out");
     if (options.has_folder) {
         fs::create_directory(out);
     }
@@ -66,9 +41,9 @@ TsRun demux_series(const std::vector<Bytes>& inputs, const TsRunOptions& options
     RecordingSink sink;
     bool first = true;
     for (const auto& bytes : inputs) {
-        write_file(input_path, bytes);
+        const std::string path = folder.write("input.ts", std::string(bytes.begin(), bytes.end()));
         InputFile input;
-        run.status |= OpenFileEx(input_path.string(), nullptr, 0, input);
+        run.status |= OpenFileEx(path, nullptr, 0, input);
         run.summary = {};
         run.summary.first_video_pts = -1;
         run.status |= tsdemux(input, out.string(), options.name_prefix, first, options.manifest,
@@ -78,7 +53,7 @@ TsRun demux_series(const std::vector<Bytes>& inputs, const TsRunOptions& options
     }
     std::error_code none;
     for (const auto& entry : fs::directory_iterator(out, none)) {
-        run.files[entry.path().filename().string()] = read_file(entry.path());
+        run.files[entry.path().filename().string()] = file_bytes(entry.path());
     }
     run.reports = sink.reports();
     run.notes = sink.notes();

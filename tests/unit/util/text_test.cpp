@@ -11,6 +11,13 @@ namespace {
 
 constexpr double kDay = 24.0 * 3600 * 1000;
 
+TEST(EraseSpace, RemovesBlanksAtBothEndsButLineEndsOnlyBehind) {
+    EXPECT_EQ(erasespace(" \t a b \t\r\n"), "a b");
+    EXPECT_EQ(erasespace("\r\na"), "\r\na");
+    EXPECT_EQ(erasespace(" \t\r\n"), "");
+    EXPECT_EQ(erasespace(""), "");
+}
+
 TEST(CheckText, TellsDigitsFromOtherTexts) {
     EXPECT_EQ(check_str_r10("0129"), 0);
     EXPECT_EQ(check_str_r10(""), 0);

@@ -3,10 +3,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -16,6 +13,8 @@
 
 #include "src/video/codec_text.h"
 #include "src/video/parameter_sets.h"
+#include "tests/support/shell_command.h"
+#include "tests/support/temp_folder.h"
 
 namespace mediasplit {
 namespace {
@@ -23,14 +22,7 @@ namespace {
 using Fields = std::map<std::string, std::int64_t>;
 
 std::string run(const std::string& command) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-    std::string output;
-    std::array<char, 4096> buffer{};
-    for (std::size_t size = 0;
-         pipe && (size = fread(buffer.data(), 1, buffer.size(), pipe.get())) > 0;) {
-        output.append(buffer.data(), size);
-    }
-    return output;
+    return run_shell(command).output;
 }
 
 bool has_ffmpeg() {
@@ -38,27 +30,8 @@ bool has_ffmpeg() {
     return kFound;
 }
 
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "video_test_XXXXXX").string();
-        path_ = mkdtemp(name.data());
-    }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    [[nodiscard]] std::string file(const std::string& name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
-};
-
-std::vector<std::uint8_t> read_file(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    const std::string text((std::istreambuf_iterator<char>(in)), {});
+std::vector<std::uint8_t> file_bytes(const std::string& path) {
+    const std::string text = read_file(path);
     return {text.begin(), text.end()};
 }
 
@@ -474,8 +447,8 @@ struct Encode {
     const char* arguments;
 };
 
-std::string encode(const Encode& c, const TemporaryFolder& folder, const std::string& file) {
-    const std::string path = folder.file(file);
+std::string encode(const Encode& c, const TempFolder& folder, const std::string& file) {
+    const std::string path = folder.path(file);
     run(std::string("ffmpeg -nostdin -v error -y -f lavfi -i testsrc2=s=") + c.size +
         ":r=" + c.rate + " -frames:v 3 " + c.arguments + " " + path + " 2>&1");
     return path;
@@ -491,9 +464,9 @@ TEST_P(RealAvcStreams, AreReadAsOtherProgramsReadThem) {
     if (!has_ffmpeg()) {
         GTEST_SKIP() << "no ffmpeg";
     }
-    const TemporaryFolder folder;
+    const TempFolder folder;
     const std::string path = encode(GetParam(), folder, "stream.264");
-    const AvcSps sps = parse_first(read_file(path), 7, false, &parse_avc_sps_nal);
+    const AvcSps sps = parse_first(file_bytes(path), 7, false, &parse_avc_sps_nal);
     std::map<std::string, Fields> expected = trace(path);
     expect_same(expected["Sequence Parameter Set"], fields_of(sps), "SPS");
     std::map<std::string, std::string> seen = probe(path);
@@ -515,9 +488,9 @@ TEST_P(RealAvcStreams, AreReadAsOtherProgramsReadThem) {
     const float expected_rate = rate == "30000/1001" ? 30000.0F / 1001.0F : std::stof(rate);
     EXPECT_FLOAT_EQ(sps.frame_rate, expected_rate);
     // The codec text against the one in a manifest of another writer.
-    run("ffmpeg -nostdin -v error -y -i " + path + " -c copy -f dash " + folder.file("m.mpd") +
+    run("ffmpeg -nostdin -v error -y -i " + path + " -c copy -f dash " + folder.path("m.mpd") +
         " 2>&1");
-    const std::vector<std::uint8_t> manifest = read_file(folder.file("m.mpd"));
+    const std::vector<std::uint8_t> manifest = file_bytes(folder.path("m.mpd"));
     std::string text;
     build_avc_codec(&text, 2, &sps);
     const std::string attribute = "codecs=\"" + text + "\"";
@@ -555,9 +528,9 @@ TEST_P(RealHevcStreams, AreReadAsOtherProgramsReadThem) {
     if (!has_ffmpeg()) {
         GTEST_SKIP() << "no ffmpeg";
     }
-    const TemporaryFolder folder;
+    const TempFolder folder;
     const std::string path = encode(GetParam(), folder, "stream.265");
-    const std::vector<std::uint8_t> stream = read_file(path);
+    const std::vector<std::uint8_t> stream = file_bytes(path);
     const HevcVps vps = parse_first(stream, 32, true, &parse_hevc_vps_nal);
     const HevcSps sps = parse_first(stream, 33, true, &parse_hevc_sps_nal);
     const HevcPps pps = parse_first(stream, 34, true, &parse_hevc_pps_nal);
@@ -644,18 +617,18 @@ TEST_P(RealAv1Streams, CodecTextBeginsAsInAnotherWritersManifest) {
     if (!has_ffmpeg()) {
         GTEST_SKIP() << "no ffmpeg";
     }
-    const TemporaryFolder folder;
+    const TempFolder folder;
     const std::string path = encode(GetParam(), folder, "stream.mp4");
-    if (read_file(path).empty()) {
+    if (file_bytes(path).empty()) {
         GTEST_SKIP() << "no AV1 encoder";
     }
-    const Av1Config config = read_av1_config(read_file(path));
+    const Av1Config config = read_av1_config(file_bytes(path));
     std::string text;
     const PxConfig px;
     build_av1_codec(&text, 16, &config, &px);
-    run("ffmpeg -nostdin -v error -y -i " + path + " -c copy -f dash " + folder.file("m.mpd") +
+    run("ffmpeg -nostdin -v error -y -i " + path + " -c copy -f dash " + folder.path("m.mpd") +
         " 2>&1");
-    const std::vector<std::uint8_t> bytes = read_file(folder.file("m.mpd"));
+    const std::vector<std::uint8_t> bytes = file_bytes(folder.path("m.mpd"));
     const std::string manifest(bytes.begin(), bytes.end());
     const std::size_t begin = manifest.find("codecs=\"");
     ASSERT_NE(begin, std::string::npos);

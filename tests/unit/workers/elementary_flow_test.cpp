@@ -9,8 +9,8 @@
 #include "tests/support/eac3_builder.h"
 #include "tests/support/packed_builder.h"
 #include "tests/support/recording_sink.h"
+#include "tests/support/run_options_scope.h"
 #include "tests/support/temp_folder.h"
-#include "tests/unit/main/run_options_scope.h"
 
 namespace mediasplit {
 namespace {

@@ -1,44 +1,27 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <filesystem>
 #include <map>
 
-#include "src/main/checkpoints.h"
 #include "src/main/flows/flows.h"
 #include "src/records/run_options.h"
 #include "tests/support/encrypted_track.h"
-#include "tests/support/http_server.h"
 #include "tests/support/mp4_builder.h"
-#include "tests/support/recording_sink.h"
-#include "tests/support/temp_folder.h"
+#include "tests/support/run_options_scope.h"
 #include "tests/support/ts_builder.h"
-#include "tests/unit/main/run_options_scope.h"
+#include "tests/support/worker_run.h"
 
 namespace mediasplit {
 namespace {
 
 namespace fs = std::filesystem;
 
-using Ids = std::vector<int>;
 using Names = std::vector<std::string>;
 
-std::string as_text(const std::vector<std::uint8_t>& bytes) {
-    return {bytes.begin(), bytes.end()};
-}
-
-class HlsFlow : public testing::Test {
+class HlsFlow : public testing::Test, protected WorkerRun {
 protected:
     HlsFlow() {
-        fs::create_directory("tmp");
-        fs::create_directory("out");
-        g_output_dir = "out";
-        g_file_format = FormatId::kHls;
-        binary_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        force_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        loglist_ =
-            init_loglist(static_cast<std::uint32_t>(g_check_point_num), g_checkpoint_list.data());
+        loglist_ = begin_run(FormatId::kHls);
         for (const char* name : {"audio", "video", "other"}) {
             add_ts(name);
         }
@@ -46,17 +29,8 @@ protected:
 
     // A media playlist of one transport stream segment.
     void add_ts(const std::string& name) {
-        TsBuilder stream = one_program({{0x0F, 257}});
-        PesDescription pes;
-        pes.stream_id = 0xC0;
-        pes.payload = {name.begin(), name.end()};
-        stream.pes(257, pes);
-        add(name + ".ts", as_text(stream.bytes()));
+        add(name + ".ts", as_text(adts_stream(name)));
         add(name + ".m3u8", "#EXTINF:2,\n" + name + ".ts\n#EXT-X-ENDLIST\n");
-    }
-    void add(const std::string& name, const std::string& content) {
-        (void)folder_.write(name, content);
-        server_.serve("/" + name, content);
     }
     // A playlist of fragments of one AC-4 track without any bytes, `duration` ms each.
     void add_mp4(const std::string& name, std::string_view entry, std::uint32_t duration) {
@@ -90,30 +64,9 @@ protected:
         g_input = server_.url("/master.m3u8");
         return run_hls(loglist_.get());
     }
-    [[nodiscard]] static Names outputs() {
-        Names names;
-        for (const auto& entry : fs::directory_iterator("out")) {
-            names.push_back(entry.path().filename().string());
-        }
-        std::sort(names.begin(), names.end());
-        return names;
-    }
-    [[nodiscard]] Names texts(int id) const {
-        Names result;
-        for (const RecordedReport& report : sink_.reports()) {
-            if (report.id == id) {
-                result.push_back(report.text);
-            }
-        }
-        return result;
-    }
+    [[nodiscard]] static Names outputs() { return file_names("out"); }
 
     RunOptionsScope scope_;
-    TempFolder folder_;
-    WorkingDirectory directory_{folder_.path()};
-    HttpServer server_;
-    RecordingSink sink_;
-    std::unique_ptr<Loglist> loglist_;
 };
 
 const std::string kMedia =

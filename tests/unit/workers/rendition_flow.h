@@ -5,29 +5,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <map>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "src/main/checkpoints.h"
 #include "src/main/flows/flows.h"
 #include "src/records/run_options.h"
-#include "tests/support/http_server.h"
-#include "tests/support/recording_sink.h"
-#include "tests/support/temp_folder.h"
+#include "tests/support/run_options_scope.h"
 #include "tests/support/ts_builder.h"
-#include "tests/unit/main/run_options_scope.h"
+#include "tests/support/worker_run.h"
 
 namespace mediasplit {
-
-using Ids = std::vector<int>;
-
-inline std::string as_text(const std::vector<std::uint8_t>& bytes) {
-    return {bytes.begin(), bytes.end()};
-}
 
 // A rendition as its master playlist tells of it. CHANNELS is read in parts for playlists with a
 // discontinuity alone.
@@ -42,26 +31,13 @@ inline Rendition rendition(const std::string& codecs, const std::string& channel
     return {codecs, channels.empty() ? "" : "CHANNELS=\"" + channels + "\",", has_discontinuity};
 }
 
-class RenditionFlow : public testing::Test {
+class RenditionFlow : public testing::Test, protected WorkerRun {
 protected:
     // Runs tell of the findings of these numbers alone.
     explicit RenditionFlow(Ids asked_for) : asked_for_(std::move(asked_for)) {
-        std::filesystem::create_directory("tmp");
-        std::filesystem::create_directory("out");
-        g_output_dir = "out";
-        g_file_format = FormatId::kHls;
-        binary_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        force_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
-        loglist_ =
-            init_loglist(static_cast<std::uint32_t>(g_check_point_num), g_checkpoint_list.data());
+        loglist_ = begin_run(FormatId::kHls);
         add("video.ts", as_text(one_program({{0x0F, 257}}).bytes()));
         add("video.m3u8", "#EXTINF:2,\nvideo.ts\n#EXT-X-ENDLIST\n");
-    }
-
-    // A file of the folder and of the server.
-    void add(const std::string& name, const std::string& content) {
-        (void)folder_.write(name, content);
-        server_.serve("/" + name, content);
     }
 
     // A master playlist of the rendition and of one other stream, and the rendition's own playlist
@@ -97,19 +73,13 @@ protected:
 
     [[nodiscard]] static std::map<std::string, std::string> outputs() {
         std::map<std::string, std::string> result;
-        for (const auto& entry : std::filesystem::directory_iterator("out")) {
-            const std::string name = entry.path().filename().string();
+        for (const std::string& name : file_names("out")) {
             result[name] = read_file("out/" + name);
         }
         return result;
     }
 
     RunOptionsScope scope_;
-    TempFolder folder_;
-    WorkingDirectory directory_{folder_.path()};
-    HttpServer server_;
-    RecordingSink sink_;
-    std::unique_ptr<Loglist> loglist_;
 
 private:
     Ids asked_for_;

@@ -6,9 +6,9 @@
 
 #include "src/records/run_options.h"
 #include "tests/support/recording_sink.h"
+#include "tests/support/run_options_scope.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/ts_builder.h"
-#include "tests/unit/main/run_options_scope.h"
 
 namespace mediasplit {
 namespace {
@@ -19,13 +19,8 @@ class Workers : public testing::Test {
 protected:
     Workers() {
         std::filesystem::create_directory("out");
-        TsBuilder stream = one_program({{0x0F, 257}});
-        PesDescription pes;
-        pes.stream_id = 0xC0;
-        pes.payload = pattern(1000, 7);
-        stream.pes(257, pes);
-        (void)folder_.write(
-            "0.ts", {reinterpret_cast<const char*>(stream.bytes().data()), stream.bytes().size()});
+        const Bytes stream = adts_stream(std::string(1000, 'a'));
+        (void)folder_.write("0.ts", std::string(stream.begin(), stream.end()));
     }
 
     std::unique_ptr<StreamJob> job(int number, const std::string& text = "#EXTINF:1,\n0.ts\n") {

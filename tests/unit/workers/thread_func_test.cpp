@@ -5,30 +5,20 @@
 #include <filesystem>
 
 #include "src/main/workers/stream_job.h"
-#include "src/main/workers/sync_table.h"
 #include "src/records/run_options.h"
-#include "src/util/segments.h"
-#include "tests/support/http_server.h"
-#include "tests/support/recording_sink.h"
-#include "tests/support/temp_folder.h"
+#include "tests/support/run_options_scope.h"
 #include "tests/support/ts_builder.h"
-#include "tests/unit/main/run_options_scope.h"
+#include "tests/support/worker_run.h"
 
 namespace mediasplit {
 namespace {
 
-using Ids = std::vector<int>;
-
-const OsalContext kOsal{nullptr, cb_malloc, cb_free};
-
-class Worker : public testing::Test {
+class Worker : public testing::Test, protected WorkerRun {
 protected:
     Worker() {
-        std::filesystem::create_directory("tmp");
-        std::filesystem::create_directory("out");
         job_.name = "list";
         job_.output_dir = "out";
-        job_.sync_list = list_.get();
+        job_.sync_list = &list_;
     }
 
     void run(const std::string& url) {
@@ -36,27 +26,12 @@ protected:
         EXPECT_EQ(ThreadFunc(&job_), 0U);
     }
     [[nodiscard]] bool has_end_record() {
-        bool found = false;
-        while (const auto record = take_segment_timing(list_.get())) {
-            found = record->duration == -1.0 || record->end == 1;
-        }
-        return found;
+        const auto records = take_timing();
+        return !records.empty() && (records.back().duration == -1.0 || records.back().end == 1);
     }
-    static std::string ts() {
-        TsBuilder stream = one_program({{0x0F, 257}});
-        PesDescription pes;
-        pes.stream_id = 0xC0;
-        pes.payload = {'a', 'b', 'c'};
-        stream.pes(257, pes);
-        return {stream.bytes().begin(), stream.bytes().end()};
-    }
+    static std::string ts() { return as_text(adts_stream("abc")); }
 
     RunOptionsScope scope_;
-    TempFolder folder_;
-    WorkingDirectory directory_{folder_.path()};
-    HttpServer server_;
-    RecordingSink sink_;
-    SyncList list_ = make_sync_list(kOsal);
     StreamJob job_;
 };
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -13,7 +12,7 @@
 #include "src/records/segment_timing.h"
 #include "src/util/segments.h"
 #include "tests/support/recording_sink.h"
-#include "tests/unit/main/run_options_scope.h"
+#include "tests/support/run_options_scope.h"
 
 namespace mediasplit {
 namespace {

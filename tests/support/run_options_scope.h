@@ -1,5 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <memory>
+
+#include "src/log/loglist.h"
+#include "src/main/checkpoints.h"
 #include "src/records/run_options.h"
 
 namespace mediasplit {
@@ -24,5 +29,14 @@ struct RunOptionsScope {
     RunOptionsScope& operator=(const RunOptionsScope&) = delete;
     ~RunOptionsScope() { reset_run_options(); }
 };
+
+// Sets what a run into the folder "out" begins with, and makes its collector.
+inline std::unique_ptr<Loglist> begin_run(FormatId format) {
+    g_output_dir = "out";
+    g_file_format = format;
+    binary_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
+    force_checkpoint_init(g_check_point_num, g_checkpoint_list.data());
+    return init_loglist(static_cast<std::uint32_t>(g_check_point_num), g_checkpoint_list.data());
+}
 
 }  // namespace mediasplit
