@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdio>
 #include <string_view>
 
 #include "src/util/text.h"
@@ -14,6 +15,13 @@ constexpr std::size_t kFullCodecLength = 13;
 constexpr std::uint32_t kNoPresentation = 0xFFFFFFFF;
 
 }  // namespace
+
+std::string ac4_codec_text(const Ac4CodecProfile& profile) {
+    std::array<char, 40> text{};
+    (void)std::snprintf(text.data(), text.size(), "ac-4.%02x.%02x.%02x", profile.bitstream_version,
+                        profile.presentation_version, profile.mdcompat);
+    return text.data();
+}
 
 int extract_value_dac4(const DsiRecord& record, Ac4CodecProfile* profile,
                        std::uint32_t* channel_mask, bool filtered) {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "ac4/descriptor_generator/dsi_record.h"
 #include "src/util/opt_text.h"
@@ -15,6 +16,9 @@ struct Ac4CodecProfile {
     std::uint32_t presentation_version = 0;  // of the first presentation
     std::uint32_t mdcompat = 0;  // the lowest of all presentations, 0xFFFFFFFF if there are none
 };
+
+// "ac-4.02.01.03".
+[[nodiscard]] std::string ac4_codec_text(const Ac4CodecProfile& profile);
 
 // Takes the codec profile and the channel mask of the first presentation. With `filtered`,
 // presentations spread over several streams don't count for the lowest mdcompat. Returns 0.

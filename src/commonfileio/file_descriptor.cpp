@@ -44,7 +44,7 @@ std::uint64_t FileDescriptor::read(std::span<std::uint8_t> destination) {
         if (got <= 0) {
             at_end_ = true;
             if (got < 0 && !error_at_) {
-                error_at_ = static_cast<std::uint64_t>(::lseek(descriptor_, 0, SEEK_CUR));
+                error_at_ = static_cast<std::uint64_t>(place());
             }
             break;
         }
@@ -69,13 +69,17 @@ bool FileDescriptor::seek_by(std::int64_t distance) {
     return true;
 }
 
+std::int64_t FileDescriptor::place() const {
+    return ::lseek(descriptor_, 0, SEEK_CUR);
+}
+
 std::int64_t FileDescriptor::size() const {
-    const off_t place = ::lseek(descriptor_, 0, SEEK_CUR);
-    if (place < 0) {
+    const std::int64_t here = place();
+    if (here < 0) {
         return -1;
     }
     const off_t end = ::lseek(descriptor_, 0, SEEK_END);
-    if (::lseek(descriptor_, place, SEEK_SET) < 0) {
+    if (::lseek(descriptor_, here, SEEK_SET) < 0) {
         return -1;
     }
     return end;

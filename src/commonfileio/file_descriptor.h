@@ -40,6 +40,8 @@ public:
     // Moves to `offset` bytes from the start, or from the present place. False: not moved.
     bool seek_to(std::int64_t offset);
     bool seek_by(std::int64_t distance);
+    // Bytes from the start to the present place; -1 if that can't be told.
+    [[nodiscard]] std::int64_t place() const;
     // Size of the file in bytes with the place left alone; -1 if that isn't possible.
     [[nodiscard]] std::int64_t size() const;
     [[nodiscard]] bool is_folder() const;

@@ -42,7 +42,13 @@ bool refill(InputFile& file, std::uint64_t size) {
     }
     file.filled = file.stream.read(std::span(file.buffer.data(), size));
     file.position = 0;
+    file.refill_due = 0;
     return true;
+}
+
+// Fills the buffer as the last jump left it to the next read.
+bool bring_in(InputFile& file) {
+    return file.refill_due == 0 || refill(file, file.refill_due);
 }
 
 // What a fresh source reads first: just the range if it is shorter than a block.
@@ -52,6 +58,13 @@ std::uint64_t first_read_size(const InputFile& file) {
     }
     const std::int64_t left = std::max<std::int64_t>(file.range_left, 0);
     return std::min(static_cast<std::uint64_t>(left), kInputBlockSize);
+}
+
+// Whether the buffer begins with the range and holds what a fresh source reads of it.
+bool holds_first_read(const InputFile& file) {
+    const std::int64_t end = file.stream.place();
+    return end >= 0 && end - static_cast<std::int64_t>(file.filled) == file.range_start &&
+           (file.filled >= first_read_size(file) || file.stream.at_end());
 }
 
 Status fill_first(InputFile& file) {
@@ -125,15 +138,21 @@ bool seek_stream(std::int64_t count, InputFile& file) {
         return false;
     }
     const std::int64_t target = position + count;
-    if (target >= 0 && target < filled) {
+    if (target >= 0 && target <= filled) {
+        // At its very end the buffer stays as long as nothing is read, and the stream stands there.
         file.position = static_cast<std::uint64_t>(target);
+        file.refill_due = target == filled ? kInputBlockSize : 0;
         return true;
     }
     if (target < std::numeric_limits<std::int64_t>::min() + filled ||
         !file.stream.seek_by(target - filled)) {
         return false;
     }
-    return refill(file, kInputBlockSize);
+    // Where the next byte is read, or whether one is, isn't known yet.
+    file.filled = 0;
+    file.position = 0;
+    file.refill_due = kInputBlockSize;
+    return true;
 }
 
 }  // namespace
@@ -208,11 +227,14 @@ Status ReOpenFileEx(InputFile& file) {
         }
         return Status::kOk;
     }
-    if (!file.stream.seek_to(file.range_start)) {
+    if (holds_first_read(file)) {
+        file.position = 0;
+        file.refill_due = 0;
+    } else if (!file.stream.seek_to(file.range_start) || fill_first(file) != Status::kOk) {
         return Status::kCantOpen;
     }
     file.offset = static_cast<std::uint64_t>(file.range_start);
-    return fill_first(file);
+    return Status::kOk;
 }
 
 Status CloseFile(InputFile& file) {
@@ -230,6 +252,7 @@ Status CloseFile(InputFile& file) {
     file.range_left = 0;
     file.position = 0;
     file.filled = 0;
+    file.refill_due = 0;
     file.offset = 0;
     return Status::kOk;
 }
@@ -244,7 +267,8 @@ Status close_whole_input(InputFile& file, Loglist* loglist) {
 }
 
 std::uint64_t ReadBytes(void* destination, std::uint64_t count, InputFile& file) {
-    if (!file.stream || file.buffer.empty() || (is_used_up(file) && file.stream.at_end())) {
+    if (!file.stream || !bring_in(file) || file.buffer.empty() ||
+        (is_used_up(file) && file.stream.at_end())) {
         return 0;
     }
     const std::uint64_t wanted = cut_to_range(count, file);
@@ -260,8 +284,8 @@ std::uint64_t ReadBytes(void* destination, std::uint64_t count, InputFile& file)
 }
 
 std::span<const std::uint8_t> read_view(std::uint64_t count, InputFile& file) {
-    if (!file.stream || is_used_up(file) || count > file.filled - file.position ||
-        cut_to_range(count, file) != count) {
+    if (!file.stream || !bring_in(file) || is_used_up(file) ||
+        count > file.filled - file.position || cut_to_range(count, file) != count) {
         return {};
     }
     const auto view = std::span<const std::uint8_t>(file.buffer.data() + file.position, count);
@@ -298,6 +322,10 @@ Status SeekBytes(std::int64_t count, InputFile& file) {
     return Status::kOk;
 }
 
+void limit_read_ahead(std::uint64_t count, InputFile& file) {
+    file.refill_due = std::min(file.refill_due, count);
+}
+
 std::int64_t FileSize(const InputFile& file) {
     return file.stream ? file.stream.size() : std::int64_t{file.memory_size};
 }
@@ -316,6 +344,7 @@ Status Rewind(InputFile& file) {
     (void)file.stream.seek_to(0);
     file.filled = 0;
     file.position = 0;
+    file.refill_due = kInputBlockSize;
     return Status::kOk;
 }
 

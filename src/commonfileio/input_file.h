@@ -27,6 +27,7 @@ struct InputFile {
     std::span<const std::uint8_t> memory;  // the caller's bytes, for a memory source
     std::uint64_t filled = 0;              // valid bytes in the buffer
     std::uint64_t position = 0;            // next byte in the buffer
+    std::uint64_t refill_due = 0;          // bytes to fill the buffer with before the next read
     std::uint32_t range_active = 0;        // 1: only the range is read
     std::int64_t range_start = 0;          // first byte of the range
     std::int64_t range_left = 0;           // bytes of the range still unread
@@ -46,7 +47,8 @@ Status OpenFileEx(OptText path, const std::uint8_t* data, std::uint32_t size, In
 Status ReadFileExt(FileDescriptor stream, OptText temp_name, const std::uint8_t* data,
                    std::uint32_t size, OptText name, InputFile& file);
 
-// Goes back to the start of the range, with the range fields as they now stand.
+// Goes back to the start of the range, with the range fields as they now stand. What the buffer
+// holds of the range isn't read again.
 Status ReOpenFileEx(InputFile& file);
 
 // Closes the file and removes its temporary copy (message 11 if that fails). Always Status::kOk;
@@ -74,8 +76,13 @@ std::span<const std::uint8_t> read_view(std::uint64_t count, InputFile& file);
 std::span<const std::uint8_t> read_block(InputFile& file);
 
 // Moves by `count` bytes, usually forward. Status::kCantOpen, with nothing changed, if the file
-// can't be positioned there. Leaving the range raises 3008 but moves all the same.
+// can't be positioned there. Leaving the range raises 3008 but moves all the same. Bytes outside of
+// the buffer are read when they are asked for.
 Status SeekBytes(std::int64_t count, InputFile& file);
+
+// Tells that of the bytes behind the last jump no more than `count` are wanted for now: the read
+// that brings them in takes no more.
+void limit_read_ahead(std::uint64_t count, InputFile& file);
 
 // Absolute place in the file of the next byte.
 inline std::uint64_t CurrentOffset(const InputFile& file) {

@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,18 +24,15 @@ struct DashDescriptorText {
     bool present = false;  // the element is there, whatever it says
 };
 
-struct DashRepresentationInfo {
-    std::optional<std::string> init_segment_url{};  // resolved
-    std::optional<std::string> init_range{};
+// What an AdaptationSet and its Representations can both tell (5.3.7).
+struct DashCommonInfo {
     std::optional<std::string> id{};
-    std::optional<std::string> dependencyId{};
     std::optional<std::string> mimeType{};
-    std::optional<std::string> subsegmentAlignment{};
-    std::optional<std::string> subsegmentStartsWithSAP{};
     std::optional<std::string> contentType{};
     std::optional<std::string> codecs{};
-    std::uint32_t bandwidth = 0;
     std::optional<std::string> startWithSAP{};
+    std::optional<std::string> subsegmentStartsWithSAP{};
+    std::optional<std::string> subsegmentAlignment{};
     std::optional<std::string> supplementalCodecs{};    // scte214:supplementalCodecs
     std::optional<std::string> supplementalProfiles{};  // scte214:supplementalProfiles
     std::optional<std::string> segmentProfiles{};
@@ -55,45 +51,26 @@ struct DashRepresentationInfo {
     std::optional<std::string> frameRate{};
     std::optional<std::string> default_kid{};
     BaseUrls base_urls{};
+    std::string ui_id{};
+};
+
+struct DashRepresentationInfo : DashCommonInfo {
+    std::optional<std::string> init_segment_url{};  // resolved
+    std::optional<std::string> init_range{};
+    std::optional<std::string> dependencyId{};
+    std::uint32_t bandwidth = 0;
     std::uint32_t adaptation_set_index = 0;  // in the Period's `adaptation_sets`
     // Later Representations of the Period with the same initialization segment.
     std::vector<DashRepresentationInfo> shared_init_representations{};
-    std::string ui_id{};
     std::uint32_t duplicate_id = 0;  // 1: an earlier one has the same id; this one isn't played
 };
 
-struct DashAdaptationSetInfo {
-    std::optional<std::string> id{};
-    std::optional<std::string> mimeType{};
-    std::optional<std::string> contentType{};
-    std::optional<std::string> codecs{};
-    std::optional<std::string> startWithSAP{};
-    std::optional<std::string> subsegmentStartsWithSAP{};
-    std::optional<std::string> subsegmentAlignment{};
+struct DashAdaptationSetInfo : DashCommonInfo {
     std::optional<std::string> lang{};
-    std::optional<std::string> supplementalCodecs{};    // scte214:supplementalCodecs
-    std::optional<std::string> supplementalProfiles{};  // scte214:supplementalProfiles
-    std::optional<std::string> segmentProfiles{};
     DashDescriptorText role{};
     DashDescriptorText language{};
     DashDescriptorText accessibility{};
-    std::optional<std::string> audioSamplingRate{};
-    DashDescriptorText audio_channel_configuration{};
-    DashDescriptorText ec3_extension_type{};
-    DashDescriptorText ec3_complexity_index{};
-    DashDescriptorText virtualized_content{};
-    DashDescriptorText preselection{};
-    DashDescriptorText matrix_coefficients{};
-    DashDescriptorText colour_primaries{};
-    DashDescriptorText transfer_characteristics{};
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    std::optional<std::string> sar{};
-    std::optional<std::string> frameRate{};
-    std::optional<std::string> default_kid{};
     std::uint32_t representation_count = 0;  // Representation children, kept or not
-    BaseUrls base_urls{};
-    std::string ui_id{};
 };
 
 struct DashPreselectionInfo {

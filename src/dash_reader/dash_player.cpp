@@ -1,7 +1,5 @@
 #include "src/dash_reader/dash_player.h"
 
-#include <string_view>
-
 #include "src/dash_reader/dash_reader.h"
 #include "src/dash_reader/element_fields.h"
 #include "src/dash_reader/element_readers.h"

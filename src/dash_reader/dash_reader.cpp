@@ -1,7 +1,6 @@
 #include "src/dash_reader/dash_reader.h"
 
 #include <cstdlib>
-#include <string>
 #include <string_view>
 
 #include "src/dash_reader/element_readers.h"

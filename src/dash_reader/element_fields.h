@@ -35,6 +35,22 @@ void read_texts(const Ezxml* node, const TextField<Record> (&fields)[kCount], Re
     }
 }
 
+// Attributes of an AdaptationSet and of its Representations, which inherit them.
+inline constexpr TextField<DashCommonInfo> kInheritedTexts[] = {
+    {"mimeType", &DashCommonInfo::mimeType},
+    {"contentType", &DashCommonInfo::contentType},
+    {"codecs", &DashCommonInfo::codecs},
+    {"startWithSAP", &DashCommonInfo::startWithSAP},
+    {"subsegmentStartsWithSAP", &DashCommonInfo::subsegmentStartsWithSAP},
+    {"subsegmentAlignment", &DashCommonInfo::subsegmentAlignment},
+    {"scte214:supplementalCodecs", &DashCommonInfo::supplementalCodecs},
+    {"scte214:supplementalProfiles", &DashCommonInfo::supplementalProfiles},
+    {"segmentProfiles", &DashCommonInfo::segmentProfiles},
+    {"audioSamplingRate", &DashCommonInfo::audioSamplingRate},
+    {"sar", &DashCommonInfo::sar},
+    {"frameRate", &DashCommonInfo::frameRate},
+};
+
 template <typename Record>
 struct DescriptorField {
     const char* element;

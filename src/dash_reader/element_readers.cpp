@@ -18,19 +18,7 @@ using Preselection = DashPreselectionInfo;
 
 constexpr TextField<Set> kSetTexts[] = {
     {"id", &Set::id},
-    {"mimeType", &Set::mimeType},
-    {"contentType", &Set::contentType},
-    {"codecs", &Set::codecs},
-    {"startWithSAP", &Set::startWithSAP},
-    {"subsegmentStartsWithSAP", &Set::subsegmentStartsWithSAP},
-    {"subsegmentAlignment", &Set::subsegmentAlignment},
     {"lang", &Set::lang},
-    {"scte214:supplementalCodecs", &Set::supplementalCodecs},
-    {"scte214:supplementalProfiles", &Set::supplementalProfiles},
-    {"segmentProfiles", &Set::segmentProfiles},
-    {"audioSamplingRate", &Set::audioSamplingRate},
-    {"sar", &Set::sar},
-    {"frameRate", &Set::frameRate},
 };
 
 constexpr DescriptorField<Set> kSetDescriptors[] = {
@@ -43,18 +31,6 @@ constexpr DescriptorField<Set> kSetDescriptors[] = {
 constexpr TextField<Representation> kRepresentationTexts[] = {
     {"id", &Representation::id},
     {"dependencyId", &Representation::dependencyId},
-    {"mimeType", &Representation::mimeType},
-    {"subsegmentAlignment", &Representation::subsegmentAlignment},
-    {"subsegmentStartsWithSAP", &Representation::subsegmentStartsWithSAP},
-    {"contentType", &Representation::contentType},
-    {"codecs", &Representation::codecs},
-    {"startWithSAP", &Representation::startWithSAP},
-    {"scte214:supplementalCodecs", &Representation::supplementalCodecs},
-    {"scte214:supplementalProfiles", &Representation::supplementalProfiles},
-    {"segmentProfiles", &Representation::segmentProfiles},
-    {"audioSamplingRate", &Representation::audioSamplingRate},
-    {"sar", &Representation::sar},
-    {"frameRate", &Representation::frameRate},
 };
 
 constexpr DescriptorField<Representation> kRepresentationDescriptors[] = {
@@ -98,8 +74,52 @@ std::optional<std::string> default_key_id(const Ezxml* node) {
     return known ? owned_attribute(protection, "cenc:default_KID") : std::nullopt;
 }
 
-template <typename Record>
-Status read_picture_size(const Ezxml* node, Record& record, Loglist* loglist) {
+// Fills the fields of known schemes from the children of `node`, and calls `duplicated(scheme,
+// is_vendor)` for each element whose scheme is held already. The colour schemes count as
+// SupplementalProperty only if `colour_may_be_supplemental`.
+template <typename Duplicated>
+void read_property_schemes(const Ezxml* node, bool colour_may_be_supplemental,
+                           DashCommonInfo& record, const Duplicated& duplicated) {
+    struct Row {
+        std::string_view scheme;
+        DashDescriptorText DashCommonInfo::*field;
+        bool is_vendor;
+        bool supplemental;
+        bool essential;
+    };
+    const bool colour = colour_may_be_supplemental;
+    const Row rows[] = {
+        {kExtensionTypeScheme, &DashCommonInfo::ec3_extension_type, true, true, false},
+        {kComplexityIndexScheme, &DashCommonInfo::ec3_complexity_index, true, true, false},
+        {kVirtualizedContentScheme, &DashCommonInfo::virtualized_content, true, true, false},
+        {kPreselectionScheme, &DashCommonInfo::preselection, false, false, true},
+        {kMatrixCoefficientsScheme, &DashCommonInfo::matrix_coefficients, false, colour, true},
+        {kColourPrimariesScheme, &DashCommonInfo::colour_primaries, false, colour, true},
+        {kTransferCharacteristicsScheme, &DashCommonInfo::transfer_characteristics, false, colour,
+         true},
+    };
+    const auto take_all = [&](const char* element, bool Row::*wanted) {
+        for (const Ezxml* property = ezxml_child(node, element); property != nullptr;
+             property = property->next) {
+            const char* const scheme = ezxml_attr(property, "schemeIdUri");
+            for (const Row& row : rows) {
+                if (scheme == nullptr || !(row.*wanted) || row.scheme != scheme) {
+                    continue;
+                }
+                DashDescriptorText& held = record.*row.field;
+                if (held.scheme_id_uri) {
+                    duplicated(row.scheme, row.is_vendor);
+                } else {
+                    held = read_descriptor(property);
+                }
+            }
+        }
+    };
+    take_all("SupplementalProperty", &Row::supplemental);
+    take_all("EssentialProperty", &Row::essential);
+}
+
+Status read_picture_size(const Ezxml* node, DashCommonInfo& record, Loglist* loglist) {
     const Status width = get_attribute_uint32(node, "width", record.width, loglist);
     return width | get_attribute_uint32(node, "height", record.height, loglist);
 }
@@ -128,6 +148,7 @@ std::string representation_identity(const RepresentationPlace& place,
 Status get_adaptation_set_info(Ezxml* node, std::int32_t period_index, std::int32_t own_index,
                                DashAdaptationSetInfo& adaptation_set, const DashPeriodInfo& period,
                                Loglist* loglist) {
+    read_texts<DashCommonInfo>(node, kInheritedTexts, adaptation_set);
     read_texts(node, kSetTexts, adaptation_set);
     set_ui_id(node, set_identity(period_index, own_index, adaptation_set), kLongestUiId,
               adaptation_set.ui_id);
@@ -161,6 +182,7 @@ Status get_representation_info(Ezxml* node, const RepresentationPlace& place,
                                const DashAdaptationSetInfo& adaptation_set,
                                const DashPeriodInfo& period, const SegmentLevels& levels,
                                Loglist* loglist) {
+    read_texts<DashCommonInfo>(node, kInheritedTexts, representation);
     read_texts(node, kRepresentationTexts, representation);
     set_ui_id(node, representation_identity(place, representation), kLongestRepresentationUiId,
               representation.ui_id);

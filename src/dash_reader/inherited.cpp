@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "src/dash_reader/element_fields.h"
 #include "src/dash_reader/property_schemes.h"
 
 namespace mediasplit {
@@ -11,42 +12,19 @@ namespace {
 using Set = DashAdaptationSetInfo;
 using Representation = DashRepresentationInfo;
 
-template <typename Value>
-struct InheritedField {
+struct NumberRow {
     std::string_view name;
-    Value Representation::*own;
-    Value Set::*inherited;
+    std::uint32_t DashCommonInfo::*field;
 };
 
-using Text = std::optional<std::string>;
-
-constexpr InheritedField<Text> kTexts[] = {
-    {"mimeType", &Representation::mimeType, &Set::mimeType},
-    {"contentType", &Representation::contentType, &Set::contentType},
-    {"codecs", &Representation::codecs, &Set::codecs},
-    {"startWithSAP", &Representation::startWithSAP, &Set::startWithSAP},
-    {"subsegmentStartsWithSAP", &Representation::subsegmentStartsWithSAP,
-     &Set::subsegmentStartsWithSAP},
-    {"subsegmentAlignment", &Representation::subsegmentAlignment, &Set::subsegmentAlignment},
-    {"audioSamplingRate", &Representation::audioSamplingRate, &Set::audioSamplingRate},
-    {"sar", &Representation::sar, &Set::sar},
-    {"frameRate", &Representation::frameRate, &Set::frameRate},
-    {"kid", &Representation::default_kid, &Set::default_kid},
-    {"scte214:supplementalCodecs", &Representation::supplementalCodecs, &Set::supplementalCodecs},
-    {"scte214:supplementalProfiles", &Representation::supplementalProfiles,
-     &Set::supplementalProfiles},
-    {"segmentProfiles", &Representation::segmentProfiles, &Set::segmentProfiles},
-};
-
-constexpr InheritedField<std::uint32_t> kNumbers[] = {
-    {"width", &Representation::width, &Set::width},
-    {"height", &Representation::height, &Set::height},
+constexpr NumberRow kNumbers[] = {
+    {"width", &DashCommonInfo::width},
+    {"height", &DashCommonInfo::height},
 };
 
 struct DescriptorRow {
     std::string_view name;
-    DashDescriptorText Representation::*own;
-    DashDescriptorText Set::*inherited;
+    DashDescriptorText DashCommonInfo::*field;
     std::string_view element;
     std::string_view scheme;  // empty: the element needs none to be told
 };
@@ -55,22 +33,20 @@ constexpr std::string_view kSupplemental = "SupplementalProperty";
 constexpr std::string_view kEssential = "EssentialProperty";
 
 constexpr DescriptorRow kDescriptors[] = {
-    {"AudioChannelConfiguration", &Representation::audio_channel_configuration,
-     &Set::audio_channel_configuration, "AudioChannelConfiguration", ""},
-    {"OrvelAudioPlusExtensionType", &Representation::ec3_extension_type, &Set::ec3_extension_type,
-     kSupplemental, kExtensionTypeScheme},
-    {"ComplexityIndexTypeA", &Representation::ec3_complexity_index, &Set::ec3_complexity_index,
-     kSupplemental, kComplexityIndexScheme},
-    {"IMSVirtualized", &Representation::virtualized_content, &Set::virtualized_content,
-     kSupplemental, kVirtualizedContentScheme},
-    {"DashPreselection", &Representation::preselection, &Set::preselection, kEssential,
-     kPreselectionScheme},
-    {"MatrixCoefficients", &Representation::matrix_coefficients, &Set::matrix_coefficients,
-     kEssential, kMatrixCoefficientsScheme},
-    {"ColourPrimaries", &Representation::colour_primaries, &Set::colour_primaries, kEssential,
-     kColourPrimariesScheme},
-    {"TransferCharacteristics", &Representation::transfer_characteristics,
-     &Set::transfer_characteristics, kEssential, kTransferCharacteristicsScheme},
+    {"AudioChannelConfiguration", &DashCommonInfo::audio_channel_configuration,
+     "AudioChannelConfiguration", ""},
+    {"OrvelAudioPlusExtensionType", &DashCommonInfo::ec3_extension_type, kSupplemental,
+     kExtensionTypeScheme},
+    {"ComplexityIndexTypeA", &DashCommonInfo::ec3_complexity_index, kSupplemental,
+     kComplexityIndexScheme},
+    {"IMSVirtualized", &DashCommonInfo::virtualized_content, kSupplemental,
+     kVirtualizedContentScheme},
+    {"DashPreselection", &DashCommonInfo::preselection, kEssential, kPreselectionScheme},
+    {"MatrixCoefficients", &DashCommonInfo::matrix_coefficients, kEssential,
+     kMatrixCoefficientsScheme},
+    {"ColourPrimaries", &DashCommonInfo::colour_primaries, kEssential, kColourPrimariesScheme},
+    {"TransferCharacteristics", &DashCommonInfo::transfer_characteristics, kEssential,
+     kTransferCharacteristicsScheme},
 };
 
 template <typename Row, std::size_t kCount>
@@ -78,6 +54,16 @@ const Row* find_row(const Row (&rows)[kCount], std::string_view name) {
     const auto* const found = std::find_if(std::begin(rows), std::end(rows),
                                            [name](const Row& row) { return row.name == name; });
     return found == std::end(rows) ? nullptr : found;
+}
+
+// The text of this name; null for a name without a field.
+std::optional<std::string> DashCommonInfo::*text_field(std::string_view name) {
+    for (const auto& row : kInheritedTexts) {
+        if (name == row.attribute) {
+            return row.field;
+        }
+    }
+    return name == "kid" ? &DashCommonInfo::default_kid : nullptr;
 }
 
 void tell_holder(bool is_own, const Representation* representation, const Set* set,
@@ -114,18 +100,17 @@ const DashAdaptationSetInfo* adaptation_set_of(const DashPeriodInfo& period,
 std::optional<std::string_view> get_dash_rep_attr_str(const DashRepresentationInfo* representation,
                                                       const DashAdaptationSetInfo* adaptation_set,
                                                       std::string_view name, std::string* ui_id) {
-    const auto* const row = find_row(kTexts, name);
-    if (row == nullptr) {
+    const auto field = text_field(name);
+    if (field == nullptr) {
         return std::nullopt;
     }
-    const Text* const own = representation == nullptr ? nullptr : &(representation->*row->own);
-    const bool is_set = own != nullptr && own->has_value();
-    tell_holder(is_set && !(*own)->empty(), representation, adaptation_set, ui_id);
+    const bool is_set = representation != nullptr && (representation->*field).has_value();
+    const bool is_own = is_set && !(representation->*field)->empty();
+    tell_holder(is_own, representation, adaptation_set, ui_id);
     if (is_set) {
-        return *own;
+        return representation->*field;
     }
-    return adaptation_set == nullptr ? std::optional<std::string_view>{}
-                                     : adaptation_set->*row->inherited;
+    return adaptation_set == nullptr ? std::optional<std::string_view>{} : adaptation_set->*field;
 }
 
 std::uint32_t get_dash_rep_attr_int(const DashRepresentationInfo* representation,
@@ -135,12 +120,12 @@ std::uint32_t get_dash_rep_attr_int(const DashRepresentationInfo* representation
     if (row == nullptr) {
         return 0;
     }
-    const std::uint32_t own = representation == nullptr ? 0 : representation->*row->own;
+    const std::uint32_t own = representation == nullptr ? 0 : representation->*row->field;
     tell_holder(own != 0, representation, adaptation_set, ui_id);
     if (own != 0) {
         return own;
     }
-    return adaptation_set == nullptr ? 0 : adaptation_set->*row->inherited;
+    return adaptation_set == nullptr ? 0 : adaptation_set->*row->field;
 }
 
 DashDescriptorText get_dash_rep_attr_descriptor(const DashRepresentationInfo* representation,
@@ -151,7 +136,7 @@ DashDescriptorText get_dash_rep_attr_descriptor(const DashRepresentationInfo* re
         return {};
     }
     const bool is_own =
-        representation != nullptr && (representation->*row->own).scheme_id_uri.has_value();
+        representation != nullptr && (representation->*row->field).scheme_id_uri.has_value();
     if (path != nullptr) {
         tell_holder(is_own, representation, adaptation_set, path);
         const std::string tail = path_of(*row);
@@ -162,9 +147,9 @@ DashDescriptorText get_dash_rep_attr_descriptor(const DashRepresentationInfo* re
         }
     }
     if (is_own) {
-        return representation->*row->own;
+        return representation->*row->field;
     }
-    return adaptation_set == nullptr ? DashDescriptorText{} : adaptation_set->*row->inherited;
+    return adaptation_set == nullptr ? DashDescriptorText{} : adaptation_set->*row->field;
 }
 
 }  // namespace mediasplit

@@ -1,16 +1,15 @@
 #include "src/fmp4demuxer/fmp4demux.h"
 
-#include <limits>
 #include <optional>
 #include <utility>
 
+#include "src/fmp4demuxer/checks/manifest_records.h"
 #include "src/fmp4demuxer/outputs.h"
 #include "src/fmp4demuxer/sample_decryption.h"
 #include "src/fmp4demuxer/sample_loop.h"
 #include "src/fmp4demuxer/source_name.h"
 #include "src/fmp4demuxer/track_driver.h"
 #include "src/mp4demuxer/mp4demuxer.h"
-#include "src/util/text.h"
 
 namespace mediasplit {
 namespace {
@@ -22,23 +21,6 @@ std::optional<std::string> owned(OptText text) {
 void add(Status* status, Status more) {
     if (status != nullptr) {
         *status |= more;
-    }
-}
-
-Status convert_key(OptText key_text, Mp4Demuxer& demuxer) {
-    const Status converted = StringtoChars(*key_text, demuxer.key);
-    demuxer.key_size = static_cast<std::uint32_t>(demuxer.key.size());
-    if (converted == Status::kOk) {
-        return Status::kOk;
-    }
-    const std::string_view text = key_text->substr(0, key_text->find(','));
-    return converted | Logging_err_type_check(demuxer.loglist, 4014, {}, text);
-}
-
-template <typename Record>
-void hand_out(const Record* record, const Record** out) {
-    if (out != nullptr) {
-        *out = record;
     }
 }
 
@@ -59,10 +41,6 @@ std::unique_ptr<Mp4Demuxer> fmp4demux_create(OptText output_dir, OptText output_
                                              OptText key_list, Status* status, Loglist* loglist,
                                              std::uint32_t track_filter) {
     std::unique_ptr<Mp4Demuxer> demuxer = mp4demuxer_create();
-    if (demuxer == nullptr) {
-        add(status, Status::kFailed);
-        return nullptr;
-    }
     if (manifest_context != nullptr && dash_context != nullptr) {
         add(status, Logging_err_type_check(loglist, 3006, {}, kDriverSourceName, 98));
         return nullptr;
@@ -86,7 +64,7 @@ std::unique_ptr<Mp4Demuxer> fmp4demux_create(OptText output_dir, OptText output_
     demuxer->track_filter = track_filter;
     demuxer->key_list = owned(key_list);
     if (key_text) {
-        const Status converted = convert_key(key_text, *demuxer);
+        const Status converted = take_content_key(*demuxer, *key_text);
         if (converted != Status::kOk) {
             add(status, converted);
             return nullptr;
@@ -102,42 +80,13 @@ void fmp4demux_share_outputs(Mp4Demuxer& demuxer, OutputRegistry& registry) {
     demuxer.outputs->registry = &registry;
 }
 
-Status get_input_manifest_info(const Mp4Demuxer* demuxer, const DashInfo** mpd,
-                               const DashPeriodInfo** period,
-                               const DashAdaptationSetInfo** adaptation_set,
-                               const DashRepresentationInfo** representation,
-                               ManifestContext** manifest_context, Loglist* loglist) {
-    if (demuxer == nullptr) {
-        return Logging_err_type_check(loglist, 3006, {}, kDriverSourceName, 131);
-    }
-    if (demuxer->input_mode == kInputDash) {
-        const DashContext* context = demuxer->dash_context;
-        if (context == nullptr || context->mpd == nullptr || context->period == nullptr ||
-            context->adaptation_set == nullptr || context->representation == nullptr) {
-            return Logging_err_type_check(loglist, 3006, {}, kDriverSourceName, 137);
-        }
-        hand_out(context->mpd, mpd);
-        hand_out(context->period, period);
-        hand_out(context->adaptation_set, adaptation_set);
-        hand_out(context->representation, representation);
-    } else if (demuxer->input_mode != kInputFile) {
-        if (demuxer->manifest_context == nullptr) {
-            return Logging_err_type_check(loglist, 3006, {}, kDriverSourceName, 145);
-        }
-        if (manifest_context != nullptr) {
-            *manifest_context = demuxer->manifest_context;
-        }
-    }
-    return Status::kOk;
-}
-
 Status fmp4demux(InputFile* file, const SegmentSlot* slot, Mp4Demuxer* demuxer,
                  std::unique_ptr<SegmentTiming>* timing) {
     if (file == nullptr || demuxer == nullptr) {
         return Logging_err_type_check(nullptr, 3006, {}, kDriverSourceName, 160);
     }
-    const Status resolved = get_input_manifest_info(demuxer, nullptr, nullptr, nullptr, nullptr,
-                                                    nullptr, demuxer->loglist);
+    ManifestRecords manifest;
+    const Status resolved = find_manifest_records(*demuxer, manifest);
     if (resolved != Status::kOk) {
         return resolved;
     }

@@ -19,9 +19,6 @@ namespace mediasplit {
 
 class OutputRegistry;
 
-// The value of `track_filter` that selects every track.
-inline constexpr std::uint32_t kAllTracks = 0xFFFFFFFFU;
-
 // Makes the demultiplexer of one presentation (a plain file, a playlist's stream, a
 // Representation). All texts and pointers may be null. Without `output_dir` nothing is written;
 // `manifest_context` makes it a playlist stream (an I-frame stream writes nothing), `dash_context`
@@ -49,14 +46,5 @@ Status fmp4demux_destroy(std::unique_ptr<Mp4Demuxer> demuxer);
 // run, so that a later one adds to the files of an earlier one. Without this call a demultiplexer
 // counts as a job of its own. `registry` must outlive the demultiplexer.
 void fmp4demux_share_outputs(Mp4Demuxer& demuxer, OutputRegistry& registry);
-
-// Resolves the manifest records of the demultiplexer's present position into the arguments, each of
-// which may be null. A Representation whose chain of records is broken raises 3006; a plain file
-// has no records.
-[[nodiscard]] Status get_input_manifest_info(const Mp4Demuxer* demuxer, const DashInfo** mpd,
-                                             const DashPeriodInfo** period,
-                                             const DashAdaptationSetInfo** adaptation_set,
-                                             const DashRepresentationInfo** representation,
-                                             ManifestContext** manifest_context, Loglist* loglist);
 
 }  // namespace mediasplit

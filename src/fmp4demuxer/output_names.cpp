@@ -1,9 +1,10 @@
 #include "src/fmp4demuxer/output_names.h"
 
-#include <initializer_list>
+#include <optional>
+#include <utility>
 
 #include "base/osal.h"
-#include "src/file_util/path_names.h"
+#include "src/file_util/name_parts.h"
 #include "src/fmp4demuxer/checks/prisma_codecs.h"
 #include "src/fmp4demuxer/dash_context.h"
 #include "src/fmp4demuxer/source_name.h"
@@ -13,77 +14,34 @@
 namespace mediasplit {
 namespace {
 
-constexpr std::size_t kLongestExtension = 6;
-constexpr std::size_t kLongestStem = 1023;     // while the parts are put together
-constexpr std::size_t kLongestSafeStem = 248;  // of a finished name
-constexpr std::size_t kLongestChannelText = 32;
-constexpr std::string_view kUnknownExtension = "unknow";
-
-// Appends an addition as a whole, or not at all when the stem would get too long.
-bool append(std::string& stem, std::initializer_list<std::string_view> pieces) {
-    std::size_t length = stem.size();
-    for (const std::string_view piece : pieces) {
-        length += piece.size();
-    }
-    if (length > kLongestStem) {
-        return false;
-    }
-    for (const std::string_view piece : pieces) {
-        stem += piece;
-    }
-    return true;
-}
-
-void append_channels(std::string& stem, const std::string& channels) {
-    if (allNumber(channels)) {
-        append(stem, {"_Channel_", channels, "ch"});
-        return;
-    }
-    if (const auto cleaned = eraseInvalidChr(channels, kLongestChannelText); cleaned) {
-        append(stem, {"_Channel_", *cleaned});
-    }
-}
-
-void append_audio(std::string& stem, const ManifestContext& context) {
-    if (context.group_id) {
-        append(stem, {"_GroupID_", *context.group_id});
-    }
-    if (context.language) {
-        append(stem, {"_Lang_", *context.language});
-    }
-    if (context.channels_text) {
-        append_channels(stem, *context.channels_text);
-    }
-}
-
 void append_video(std::string& stem, const ManifestContext& context) {
     if (context.codecs) {
-        append(stem, {"_Codec_", get_main_codec(context.codecs)});
+        append_pieces(stem, {"_Codec_", get_main_codec(context.codecs)});
     }
     if (context.bandwidth) {
-        append(stem, {"_Bitrate_", *context.bandwidth, "bps"});
+        append_pieces(stem, {"_Bitrate_", *context.bandwidth, "bps"});
     }
 }
 
 std::string playlist_stem(std::string stem, const ManifestContext& context,
                           std::string_view extension, std::uint32_t stream_type) {
     if (stream_type == kStreamAudio) {
-        append_audio(stem, context);
+        append_rendition(stem, context);
     } else if (stream_type == kStreamVideo) {
         append_video(stem, context);
     } else if (extension == kUnknownExtension) {
         stem = "_Codec_" + context.codecs.value_or(std::string{});
-        append(stem, {"_", std::to_string(osal_get_time())});
+        append_pieces(stem, {"_", std::to_string(osal_get_time())});
     }
     return stem;
 }
 
 std::string representation_stem(std::string stem, const DashContext& context) {
-    if (!context.period_id || !append(stem, {"_PerID_", *context.period_id})) {
-        append(stem, {"_PerIdx_", std::to_string(context.period_index)});
+    if (!context.period_id || !append_pieces(stem, {"_PerID_", *context.period_id})) {
+        append_pieces(stem, {"_PerIdx_", std::to_string(context.period_index)});
     }
     if (context.representation_id) {
-        append(stem, {"_RepID_", *context.representation_id});
+        append_pieces(stem, {"_RepID_", *context.representation_id});
     }
     return stem;
 }
@@ -111,8 +69,7 @@ Status buildFullName_mp4(std::string* name, const Mp4Demuxer* demuxer, std::uint
         stream_index >= demuxer->streams.size()) {
         return Logging_err_type_check(nullptr, 3006, {}, kDriverSourceName, 161) | Status::kFailed;
     }
-    const std::string_view used =
-        extension->size() > kLongestExtension ? kUnknownExtension : *extension;
+    const std::string_view used = output_extension(*extension);
     std::string stem = demuxer->output_base.value_or(std::string{});
     if (demuxer->input_mode == kInputHls && demuxer->manifest_context != nullptr) {
         stem = playlist_stem(std::move(stem), *demuxer->manifest_context, used, stream_type);
@@ -125,11 +82,11 @@ Status buildFullName_mp4(std::string* name, const Mp4Demuxer* demuxer, std::uint
         *name = track_file_name(*demuxer, stream_index, used);
         return Status::kOk;
     }
-    fileStrValid(&stem);
-    if (stem.size() > kLongestSafeStem) {
+    const std::optional<std::string> file_name = output_file_name(stem, used);
+    if (!file_name) {
         return Logging_err_type_check(demuxer->loglist, 4079, {}, stem) | Status::kFailed;
     }
-    *name = demuxer->output_dir.value_or(std::string{}) + "/" + stem + ".out." + std::string(used);
+    *name = demuxer->output_dir.value_or(std::string{}) + "/" + *file_name;
     return Status::kOk;
 }
 

@@ -90,24 +90,18 @@ bool names_a_scheme(const Mp4Stream& stream) {
                        [](char c) { return c != 0; });
 }
 
-// Looks the track's key up in the command line's pairs. False: a text was found that is no key.
-bool find_key(Mp4Demuxer& demuxer, const Mp4Stream& stream, Status& status) {
+bool is_key_size(std::size_t size) {
+    return size == 16 || size == 24 || size == 32;
+}
+
+// Looks the track's key up in the command line's pairs, unless there is a key.
+Status find_key(Mp4Demuxer& demuxer, const Mp4Stream& stream) {
     if (!demuxer.key.empty() || !demuxer.key_list) {
-        return true;
+        return Status::kOk;
     }
     const std::optional<std::string_view> text =
         get_decryption_key(demuxer.key_list, stream.default_KID, kContentKeyBits);
-    if (!text) {
-        return true;
-    }
-    const Status converted = StringtoChars(*text, demuxer.key);
-    demuxer.key_size = static_cast<std::uint32_t>(demuxer.key.size());
-    if (converted == Status::kOk) {
-        return true;
-    }
-    const std::string_view key_text = text->substr(0, text->find(','));
-    status |= converted | Logging_err_type_check(demuxer.loglist, 4014, {}, key_text);
-    return false;
+    return text ? take_content_key(demuxer, *text) : Status::kOk;
 }
 
 void make_context(Mp4Demuxer& demuxer, const Mp4Stream& stream) {
@@ -173,6 +167,19 @@ void remark_on_decrypted(const Mp4Stream& stream, std::span<const std::uint8_t> 
     }
 }
 
+Status take_content_key(Mp4Demuxer& demuxer, std::string_view text) {
+    const Status converted = StringtoChars(text, demuxer.key);
+    const std::size_t size = demuxer.key.size();
+    if (converted == Status::kOk && (size == 0 || is_key_size(size))) {
+        demuxer.key_size = static_cast<std::uint32_t>(size);
+        return Status::kOk;
+    }
+    demuxer.key.clear();
+    demuxer.key_size = 0;
+    return converted |
+           Logging_err_type_check(demuxer.loglist, 4014, {}, text.substr(0, text.find(',')));
+}
+
 KeySetup set_up_decryption(Mp4Demuxer& demuxer) {
     KeySetup setup;
     if (demuxer.decrypt != nullptr) {
@@ -182,7 +189,8 @@ KeySetup set_up_decryption(Mp4Demuxer& demuxer) {
         if (stream->is_encrypted == 0) {
             continue;
         }
-        setup.usable = find_key(demuxer, *stream, setup.status);
+        setup.status |= find_key(demuxer, *stream);
+        setup.usable = setup.status == Status::kOk;
         if (setup.usable && demuxer.key.empty()) {
             setup.status |= Logging_err_type_check(demuxer.loglist, 4012, {});
             setup.usable = false;

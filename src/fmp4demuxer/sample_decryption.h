@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "src/log/status.h"
 #include "src/mp4demuxer/records.h"
@@ -14,6 +15,10 @@ struct KeySetup {
     bool usable = true;
     Status status = Status::kOk;
 };
+
+// Sets the presentation's content key from hexadecimal text up to its first comma. Raises 4014,
+// beside what the conversion raised, for a text that is no key of AES; there is no key then.
+[[nodiscard]] Status take_content_key(Mp4Demuxer& demuxer, std::string_view text);
 
 // Finds the content key of the presentation's encrypted tracks and makes its one DecryptContext,
 // unless there is one from an earlier segment. Raises 4014 for a key text that is no key, 4012 when

@@ -11,6 +11,7 @@
 #include "src/fmp4demuxer/sample_decryption.h"
 #include "src/fmp4demuxer/track_driver.h"
 #include "src/fmp4demuxer/writers/sample_writers.h"
+#include "src/fmp4demuxer/writers/unit_output.h"
 #include "src/log/logging.h"
 #include "src/mp4demuxer/mp4demuxer.h"
 
@@ -42,8 +43,8 @@ public:
         const std::int64_t size = FileSize(file);
         file_size_ =
             size < 0 ? std::numeric_limits<std::int64_t>::max() : static_cast<std::uint64_t>(size);
-        // Tables may place samples over one another. A walk that reads a file's bytes this often
-        // serves no track any more; it would only fill the disk.
+        // Tables may place samples over one another. A walk that comes to this many times a file's
+        // bytes serves no track any more; it would only fill the disk.
         constexpr std::uint64_t kMostReadings = 64;
         budget_ = file_size_ > std::numeric_limits<std::int64_t>::max() / kMostReadings
                       ? std::numeric_limits<std::uint64_t>::max()
@@ -83,7 +84,13 @@ private:
         Mp4Sample& sample = current_[index];
         if (mp4demuxer_get_sample(demuxer_, index, demuxer_.streams[index]->next_sample, sample) ==
                 nullptr ||
-            (sample.size != 0 && sample.offset >= file_size_) || budget_ == 0) {
+            (sample.size != 0 && sample.offset >= file_size_)) {
+            return;
+        }
+        if (budget_ == 0) {
+            note_remark(
+                "Samples were dropped: those before them came to more than 64 times the size of "
+                "their file.");
             return;
         }
         queue_.push_back({sample.offset, index});
@@ -100,8 +107,10 @@ private:
             }
             note_timing(stream, sample);
         }
-        return status | write(sample, read(stream, sample));
+        return status | write_within_budget(sample, read(stream, sample));
     }
+
+    void spend(std::uint64_t bytes) { budget_ -= std::min(budget_, bytes); }
 
     void note_timing(const Mp4Stream& stream, const Mp4Sample& sample) {
         if (timing_ == nullptr) {
@@ -127,7 +136,7 @@ private:
             return {};
         }
         const std::uint64_t size = std::min<std::uint64_t>(sample.size, file_size_ - sample.offset);
-        budget_ -= std::min(budget_, size);
+        spend(size);
         const bool encrypted = needs_decryption(demuxer_, stream);
         if (!encrypted) {
             if (const auto view = read_view(size, file_); !view.empty()) {
@@ -151,6 +160,17 @@ private:
             got += ReadBytes(bytes.data() + first, size - first, file_);
         }
         return bytes.first(got);
+    }
+
+    // What a sample brings along counts as well: parameter sets go in at each IDR picture, however
+    // small that is.
+    Status write_within_budget(const Mp4Sample& sample, std::span<const std::uint8_t> bytes) {
+        const OutputFile* file = output_of(demuxer_, sample.stream_index);
+        const std::uint64_t before = file != nullptr ? file->bytes_written() : 0;
+        const Status status = write(sample, bytes);
+        const std::uint64_t written = file != nullptr ? file->bytes_written() - before : 0;
+        spend(written - std::min<std::uint64_t>(written, bytes.size()));
+        return status;
     }
 
     Status write(const Mp4Sample& sample, std::span<const std::uint8_t> bytes) {
@@ -184,7 +204,7 @@ private:
     std::vector<Candidate> queue_;    // heap, lowest offset first
     SampleBuffer buffer_;
     std::uint64_t file_size_ = 0;
-    std::uint64_t budget_ = 0;  // bytes that may still be read
+    std::uint64_t budget_ = 0;  // bytes that may still be read, or written beside those
 };
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include "src/commonfileio/file_descriptor.h"
 #include "src/fmp4demuxer/fmp4demux.h"
 #include "src/log/logging.h"
+#include "src/mp4demuxer/box_reader.h"
 #include "src/util/address.h"
 #include "src/util/segments.h"
 #include "src/util/text.h"
@@ -60,53 +61,28 @@ int classify(const Head& head) {
     return begins_with_box_of_a_file(head) ? kFileTypeMp4 : kFileTypeUnknown;
 }
 
-// Big-endian numbers off the front of a file; behind its end they are 0.
-class IndexReader {
-public:
-    explicit IndexReader(InputFile& file) : file_(file) {}
-
-    std::uint64_t get(unsigned bytes) {
-        std::array<std::uint8_t, 8> data{};
-        if (ReadBytes(data.data(), bytes, file_) < bytes) {
-            short_read_ = true;
-            return 0;
-        }
-        std::uint64_t value = 0;
-        for (unsigned i = 0; i < bytes; ++i) {
-            value = value << 8 | data[i];
-        }
-        return value;
-    }
-
-    [[nodiscard]] bool short_read() const { return short_read_; }
-
-private:
-    InputFile& file_;
-    bool short_read_ = false;
-};
-
 // Sizes of the subsegments, and where the first of them begins.
 struct SegmentIndex {
     std::uint64_t first = 0;
     std::vector<std::uint32_t> sizes;
 };
 
-// Reads what stands behind version, flags and type. `base` is where the index box ends.
-SegmentIndex read_index(IndexReader& reader, std::uint64_t base) {
+// Reads what stands behind the type. `base` is where the index box ends.
+SegmentIndex read_index(InputFile& file, std::uint64_t base) {
     SegmentIndex index;
-    const auto version = static_cast<std::uint8_t>(reader.get(1));
-    reader.get(3);
-    reader.get(4);  // reference_ID
-    reader.get(4);  // timescale
-    const unsigned width = version != 0 ? 8 : 4;
-    reader.get(width);  // earliest_presentation_time
-    index.first = base + reader.get(width);
-    reader.get(2);
-    const auto count = static_cast<std::uint16_t>(reader.get(2));
+    const std::uint32_t version = f_src_read_u32(file) >> 24;
+    const auto read_wide = [&file, version] {
+        return version != 0 ? f_src_read_u64(file) : f_src_read_u32(file);
+    };
+    f_src_read_u64(file);  // reference_ID, timescale
+    read_wide();           // earliest_presentation_time
+    index.first = base + read_wide();
+    f_src_read_u16(file);
+    const std::uint16_t count = f_src_read_u16(file);
     for (std::uint32_t i = 0; i < count; ++i) {
         // Deliberate: a reference to another index counts as media.
-        index.sizes.push_back(static_cast<std::uint32_t>(reader.get(4) & 0x7FFFFFFF));
-        reader.get(8);
+        index.sizes.push_back(f_src_read_u32(file) & 0x7FFFFFFF);
+        f_src_read_u64(file);
     }
     return index;
 }
@@ -125,9 +101,8 @@ Status find_index(InputFile& file, const SegmentSlot* slot, Loglist* loglist, st
             return opened;
         }
     }
-    IndexReader reader(file);
-    reader.get(4);
-    return check(reader.get(4) == fourcc("sidx"), loglist, 4061, {});
+    f_src_read_u32(file);
+    return check(f_src_read_u32(file) == fourcc("sidx"), loglist, 4061, {});
 }
 
 }  // namespace
@@ -152,8 +127,7 @@ Status fmp4demux_with_sidx(InputFile& file, const SegmentSlot* slot, Mp4Demuxer*
     if (status != Status::kOk) {
         return status;
     }
-    IndexReader reader(file);
-    const SegmentIndex index = read_index(reader, position);
+    const SegmentIndex index = read_index(file, position);
     position = index.first;
     for (std::uint32_t i = 0; i < index.sizes.size(); ++i) {
         static_cast<void>(Rewind(file));
@@ -165,6 +139,10 @@ Status fmp4demux_with_sidx(InputFile& file, const SegmentSlot* slot, Mp4Demuxer*
         subsegment.byte_range->length = std::to_string(index.sizes[i]);
         status |= check(index.sizes[i] != 0, loglist, 2023, {}, i, file.name);
         status |= safe_output_segment_url(&subsegment, loglist);
+        if (index.sizes[i] == 0) {
+            // A range without bytes would stand for the whole file.
+            continue;
+        }
         std::unique_ptr<SegmentTiming> timing;
         status |= fmp4demux(&file, &subsegment, demuxer, &timing);
         if (timing != nullptr) {

@@ -1,8 +1,6 @@
 // Telling file formats apart, and walking a file by its segment index.
 #pragma once
 
-#include <cstdint>
-
 #include "base/list.h"
 #include "src/commonfileio/input_file.h"
 #include "src/log/status.h"

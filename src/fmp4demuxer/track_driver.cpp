@@ -6,11 +6,14 @@
 #include <string_view>
 #include <unordered_set>
 
+#include "src/fmp4demuxer/checks/ac4_record.h"
 #include "src/fmp4demuxer/checks/audio_entry.h"
 #include "src/fmp4demuxer/checks/video_entry.h"
-#include "src/fmp4demuxer/fmp4demux.h"
+#include "src/fmp4demuxer/dash_context.h"
 #include "src/fmp4demuxer/output_names.h"
 #include "src/fmp4demuxer/outputs.h"
+#include "src/log/logging.h"
+#include "src/records/manifest_context.h"
 #include "src/util/language.h"
 #include "src/util/text.h"
 #include "src/video/codec_text.h"
@@ -18,7 +21,7 @@
 namespace mediasplit {
 namespace {
 
-constexpr std::uint32_t kAc4Rules = 6;
+constexpr std::uint32_t kAc4Rules = kAc4OverTheTopRules | kAc4BroadcastRules;
 
 // The codecs that the manifest tells of the stream; none for a plain file.
 OptText manifest_codecs(const Mp4Demuxer& demuxer) {

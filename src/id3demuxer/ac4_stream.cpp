@@ -1,11 +1,11 @@
 // AC-4 elementary streams, sync frame by sync frame.
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "src/ac4analyze_impl/dsi_values.h"
 #include "src/ac4analyze_impl/es_parser.h"
 #include "src/audio/hls_channels.h"
 #include "src/id3demuxer/es_streams.h"
@@ -125,14 +125,12 @@ FrameFacts analyse(ByteSpan payload, Ac4Stream& stream) {
 }
 
 Status check_codec(const FrameFacts& facts, const ManifestContext& context, Loglist* loglist) {
-    std::array<char, 40> codec{};
-    (void)std::snprintf(codec.data(), codec.size(), "ac-4.%02x.%02x.%02x",
-                        static_cast<unsigned>(facts.bitstream_version),
-                        static_cast<unsigned>(facts.presentation_version),
-                        static_cast<unsigned>(facts.mdcompat));
-    return check(codec_is_contained(context.codecs, codec.data()), loglist, 4393,
-                 LogContext{context.stream_index, {}, "CODECS"}, context.stream_index,
-                 codec.data());
+    const std::string codec =
+        ac4_codec_text({static_cast<std::uint32_t>(facts.bitstream_version),
+                        static_cast<std::uint32_t>(facts.presentation_version),
+                        static_cast<std::uint32_t>(facts.mdcompat)});
+    return check(codec_is_contained(context.codecs, codec), loglist, 4393,
+                 LogContext{context.stream_index, {}, "CODECS"}, context.stream_index, codec);
 }
 
 // Channels of a channel coded first presentation of version 1.

@@ -1,7 +1,6 @@
 #include "src/id3demuxer/id3_tag.h"
 
 #include <algorithm>
-#include <array>
 #include <span>
 #include <string_view>
 

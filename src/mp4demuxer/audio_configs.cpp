@@ -81,9 +81,7 @@ void read_ec3_config(ByteReader& in, Ec3Config& config) {
 }
 
 HandlerResult keep_payload(Mp4Demuxer& demuxer, InputFile& file, const BoxNode& node) {
-    Mp4Stream* stream = demuxer.current;
-    stream->dsi = PayloadReader(file, node.size).rest(kMaxConfigSize);
-    stream->dsi_size = static_cast<std::uint32_t>(stream->dsi.size());
+    keep_dsi(*demuxer.current, read_config(file, node));
     return kHandled;
 }
 
@@ -107,9 +105,7 @@ HandlerResult parse_box_esds(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
                 in.skip(12);
                 break;
             case kDecoderSpecificInfo:
-                stream->dsi.clear();
-                in.append_to(stream->dsi, length);
-                stream->dsi_size = static_cast<std::uint32_t>(stream->dsi.size());
+                keep_dsi(*stream, in.rest(length));
                 break;
             default:
                 in.skip(length);
@@ -141,7 +137,7 @@ HandlerResult parse_box_dec3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_dac4(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     Mp4Stream* stream = demuxer.current;
-    const std::vector<std::uint8_t> payload = PayloadReader(file, node.size).rest(kMaxConfigSize);
+    const std::vector<std::uint8_t> payload = read_config(file, node);
     stream->box_flags |= kBoxDac4;
     if (stream->ac4_config == nullptr) {
         stream->ac4_config = std::make_shared<DsiRecord>();

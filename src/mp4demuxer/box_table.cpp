@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 
 namespace mediasplit {
 
@@ -104,27 +103,6 @@ constexpr std::array<BoxRow, 92> kBoxTable{{
     {fourcc("senc"), parse_box_senc, true, true},
 }};
 
-// The order of the search.
-constexpr std::string_view kOrder =
-    "ftypstypmdatmoovmvhdtraktkhdedtsstcoco64stszstsdstscsttsstsscttsmdhdstblsidxvmhd"
-    "smhdencvencasinfschmschifrmamp4aavc1avc3pxavpxa1pavcpxh8hvc1hev1pxhepxh1av01pav1"
-    "av1Cs263tx3gmetxac-3ec-3ac-4mlpawaveesdsd263avcCavcEhvcClhvChvcEpxcCpxvCpxwCdac3"
-    "dec3dmlpdac4mdcvcllicolrhdlrmdiaminfdinfdrefudtametailstuuidsgpdmvexmehdmooftraf"
-    "trextfhdtrunmfhdtrefvdeptfdtpsshtencsaizsaiosenc";
-
-constexpr bool is_in_order() {
-    if (kOrder.size() != 4 * kBoxTable.size()) {
-        return false;
-    }
-    for (std::size_t i = 0; i < kOrder.size(); ++i) {
-        const auto byte = static_cast<unsigned char>(kBoxTable[i / 4].type >> (24 - 8 * (i % 4)));
-        if (byte != static_cast<unsigned char>(kOrder[i])) {
-            return false;
-        }
-    }
-    return true;
-}
-
 constexpr bool is_unique() {
     for (std::size_t i = 0; i < kBoxTable.size(); ++i) {
         for (std::size_t j = 0; j < i; ++j) {
@@ -136,7 +114,6 @@ constexpr bool is_unique() {
     return true;
 }
 
-static_assert(is_in_order(), "a row of the box table is missing or out of place");
 static_assert(is_unique(), "a box type stands twice in the box table");
 
 }  // namespace

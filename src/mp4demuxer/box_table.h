@@ -9,7 +9,7 @@ namespace mediasplit {
 
 struct BoxRow {
     std::uint32_t type = 0;
-    BoxHandler handler = nullptr;
+    BoxHandler* handler = nullptr;
     bool in_tree = false;      // the box becomes an element of the optional tree
     bool needs_track = false;  // without a current track the box is passed over quietly
 };

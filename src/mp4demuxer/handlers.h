@@ -16,103 +16,101 @@ using HandlerResult = std::uint32_t;
 inline constexpr HandlerResult kHandled = 0;
 inline constexpr HandlerResult kRefused = 1;
 
-using BoxHandler = HandlerResult (*)(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node,
-                                     Ezxml* tree);
+using BoxHandler = HandlerResult(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
 
 // Containers (box_walker).
-HandlerResult parse_box(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_skip(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_moof(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_traf(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_trak(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
+BoxHandler parse_box;
+BoxHandler parse_box_skip;
+BoxHandler parse_box_moof;
+BoxHandler parse_box_traf;
+BoxHandler parse_box_trak;
 
 // Headers (header_boxes).
-HandlerResult parse_box_mvhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_tkhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_mdhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_elst(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_vmhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_smhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_hdlr(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_sidx(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_vdep(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_uuid(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_ilst(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
+BoxHandler parse_box_mvhd;
+BoxHandler parse_box_tkhd;
+BoxHandler parse_box_mdhd;
+BoxHandler parse_box_elst;
+BoxHandler parse_box_vmhd;
+BoxHandler parse_box_smhd;
+BoxHandler parse_box_hdlr;
+BoxHandler parse_box_sidx;
+BoxHandler parse_box_vdep;
+BoxHandler parse_box_uuid;
+BoxHandler parse_box_ilst;
 
 // Sample tables (sample_tables).
-HandlerResult parse_box_stts(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_ctts(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_stss(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_stsc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_stco(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_stsz(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
+BoxHandler parse_box_stts;
+BoxHandler parse_box_ctts;
+BoxHandler parse_box_stss;
+BoxHandler parse_box_stsc;
+BoxHandler parse_box_stco;
+BoxHandler parse_box_stsz;
 
 // Fragments (fragments).
-HandlerResult parse_box_trex(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_mfhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_tfhd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_tfdt(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_trun(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
+BoxHandler parse_box_trex;
+BoxHandler parse_box_mfhd;
+BoxHandler parse_box_tfhd;
+BoxHandler parse_box_tfdt;
+BoxHandler parse_box_trun;
 
 // Sample entries (sample_entries).
-HandlerResult parse_box_stsd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_audio(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_enca(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_ac3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_ec3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_ac4(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_mlpa(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_wave(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_video(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_encv(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_s263(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_avc1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_avc3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_hvc1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_hev1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_av01(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_pxav(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_pxa1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_pavc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_pxhe(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_pxh1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_pxh8(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_pav1(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_tx3g(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_metx(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
+BoxHandler parse_box_stsd;
+BoxHandler parse_box_audio;
+BoxHandler parse_box_enca;
+BoxHandler parse_box_ac3;
+BoxHandler parse_box_ec3;
+BoxHandler parse_box_ac4;
+BoxHandler parse_box_mlpa;
+BoxHandler parse_box_wave;
+BoxHandler parse_box_video;
+BoxHandler parse_box_encv;
+BoxHandler parse_box_s263;
+BoxHandler parse_box_avc1;
+BoxHandler parse_box_avc3;
+BoxHandler parse_box_hvc1;
+BoxHandler parse_box_hev1;
+BoxHandler parse_box_av01;
+BoxHandler parse_box_pxav;
+BoxHandler parse_box_pxa1;
+BoxHandler parse_box_pavc;
+BoxHandler parse_box_pxhe;
+BoxHandler parse_box_pxh1;
+BoxHandler parse_box_pxh8;
+BoxHandler parse_box_pav1;
+BoxHandler parse_box_tx3g;
+BoxHandler parse_box_metx;
 
 // Video configuration (video_configs) and what else a video entry holds.
-HandlerResult parse_box_avcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_avcE(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_hvcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_lhvC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_hvcE(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_av1C(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_prsm_config(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node,
-                                    Ezxml* tree);
-HandlerResult parse_box_d263(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_mdcv(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_clli(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_colr(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
+BoxHandler parse_box_avcC;
+BoxHandler parse_box_avcE;
+BoxHandler parse_box_hvcC;
+BoxHandler parse_box_lhvC;
+BoxHandler parse_box_hvcE;
+BoxHandler parse_box_av1C;
+BoxHandler parse_box_prsm_config;
+BoxHandler parse_box_d263;
+BoxHandler parse_box_mdcv;
+BoxHandler parse_box_clli;
+BoxHandler parse_box_colr;
 
 // Audio configuration (audio_configs).
-HandlerResult parse_box_esds(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_dac3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_dec3(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_dmlp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_dac4(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
+BoxHandler parse_box_esds;
+BoxHandler parse_box_dac3;
+BoxHandler parse_box_dec3;
+BoxHandler parse_box_dmlp;
+BoxHandler parse_box_dac4;
 
 // Protection (protection_boxes).
-HandlerResult parse_box_sinf(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_frma(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_schm(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_tenc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_pssh(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_sgpd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_senc(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
+BoxHandler parse_box_sinf;
+BoxHandler parse_box_frma;
+BoxHandler parse_box_schm;
+BoxHandler parse_box_tenc;
+BoxHandler parse_box_pssh;
+BoxHandler parse_box_sgpd;
+BoxHandler parse_box_senc;
 
 // Brands (brands).
-HandlerResult parse_box_ftyp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
-HandlerResult parse_box_styp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree);
+BoxHandler parse_box_ftyp;
+BoxHandler parse_box_styp;
 
 }  // namespace mediasplit

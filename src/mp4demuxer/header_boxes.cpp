@@ -193,7 +193,7 @@ HandlerResult parse_box_uuid(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     PayloadReader in(file, node.size);
     std::array<std::uint8_t, 16> id{};
     in.fill(id);
-    if (std::string_view(kVendorMetadata) == std::string(id.begin(), id.end())) {
+    if (std::string(id.begin(), id.end()) == kVendorMetadata) {
         demuxer.uuid_offset = start - 8;
         demuxer.uuid_size = node.size - 16;
     }

@@ -55,6 +55,9 @@ void mp4demuxer_parse_boxes(Mp4Demuxer& demuxer, InputFile& file) {
     } else {
         root.size = demuxer.range_length != 0 ? demuxer.range_length : file_size;
     }
+    if (demuxer.range_length != 0) {
+        limit_read_ahead(demuxer.range_length, file);
+    }
     demuxer.implicit_samples_left = std::max(
         kImplicitSamplesFloor, static_cast<std::uint64_t>(std::max<std::int64_t>(file_size, 0)));
     static_cast<void>(parse_box_with_index(demuxer, file, root, demuxer.tree_root, 0));

@@ -47,6 +47,9 @@ std::uint32_t get_sample_size(const Mp4Stream& stream, std::uint32_t sample_inde
 // time_scale units; an index past the end takes the last row, 0 without rows.
 std::uint32_t get_sample_duration(const Mp4Stream& stream, std::uint32_t sample_index);
 
+// Frames per second as the container tells, 0 when it doesn't.
+float container_frame_rate(const Mp4Stream& stream);
+
 // The IV of a `senc` row, empty when it has none, and its subsamples.
 std::span<const std::uint8_t> senc_iv(const Mp4Stream& stream, const SencEntry& entry);
 std::span<const Subsample> senc_subsamples(const Mp4Stream& stream, const SencEntry& entry);

@@ -61,10 +61,10 @@ HandlerResult parse_box_frma(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     if (kind->is_prisma) {
         stream->px_kind = kind->px_kind;
         stream->box_flags |= kind->box_flag;
-    } else if (kind->protected_px != 0) {
+    } else if (kind->plain_px != 0) {
         stream->box_flags |= kind->box_flag;
         if ((stream->box_flags & kBoxPrisma) != 0) {
-            stream->px_kind = kind->protected_px;
+            stream->px_kind = kind->plain_px;
         }
     }
     if (kind->stream_id == kStreamIdAc4) {

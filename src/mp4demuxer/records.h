@@ -14,11 +14,11 @@
 #include <utility>
 #include <vector>
 
-#include "src/file_util/output_file.h"
 #include "src/video/decoder_configs.h"
 
 namespace mediasplit {
 
+class OutputFile;
 struct DashContext;
 struct DecryptContext;
 struct DsiRecord;
@@ -351,6 +351,9 @@ inline constexpr std::uint32_t kInputDash = 2;
 inline constexpr std::uint32_t kInputHlsIframe = 3;
 inline constexpr std::uint32_t kInputFile = 5;
 
+// Value of Mp4Demuxer::track_filter that selects every track.
+inline constexpr std::uint32_t kAllTracks = 0xFFFFFFFFU;
+
 // One presentation: a plain file, or an initialization section with all segments that follow it.
 struct Mp4Demuxer {
     BoxNode root;
@@ -389,7 +392,7 @@ struct Mp4Demuxer {
     // (context, "mean.name" or the item's type, type code, value)
     std::function<void(void*, const std::string&, std::uint8_t, std::span<const std::uint8_t>)>
         ilst_callback;
-    std::uint32_t track_filter = 0xFFFFFFFFU;
+    std::uint32_t track_filter = kAllTracks;
     // What is left in this walk for fragment samples that have no bytes of their own in a box: a
     // small file can't stand for more samples than it has bytes.
     std::uint64_t implicit_samples_left = 0;

@@ -5,6 +5,7 @@
 #include <array>
 #include <bit>
 #include <string_view>
+#include <utility>
 
 #include "src/ac4analyze_impl/ac4_dsi.h"
 #include "src/mp4demuxer/box_reader.h"
@@ -163,6 +164,23 @@ const SampleEntryKind* find_sample_entry(std::uint32_t type) {
     return row == kSampleEntries.end() ? nullptr : &*row;
 }
 
+std::uint32_t plain_px_of(std::uint32_t stream_id) {
+    const auto row = std::find_if(kSampleEntries.begin(), kSampleEntries.end(),
+                                  [stream_id](const SampleEntryKind& kind) {
+                                      return kind.stream_id == stream_id && kind.plain_px != 0;
+                                  });
+    return row == kSampleEntries.end() ? 0 : row->plain_px;
+}
+
+std::vector<std::uint8_t> read_config(InputFile& file, const BoxNode& node) {
+    return PayloadReader(file, node.size).rest(kMaxConfigSize);
+}
+
+void keep_dsi(Mp4Stream& stream, std::vector<std::uint8_t> payload) {
+    stream.dsi = std::move(payload);
+    stream.dsi_size = static_cast<std::uint32_t>(stream.dsi.size());
+}
+
 HandlerResult parse_box_stsd(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* tree) {
     PayloadReader in(file, node.size);
     in.skip(4);
@@ -308,8 +326,7 @@ HandlerResult parse_box_tx3g(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     constexpr std::uint64_t kKept = 38;
     PayloadReader in(file, node.size);
     demuxer.current->stream_id = kStreamIdTx3g;
-    demuxer.current->dsi = in.rest(kKept);
-    demuxer.current->dsi_size = static_cast<std::uint32_t>(demuxer.current->dsi.size());
+    keep_dsi(*demuxer.current, in.rest(kKept));
     return kHandled;
 }
 

@@ -230,6 +230,15 @@ std::uint32_t get_sample_flags(const Mp4Stream& stream, std::uint32_t sample_ind
     return at.row < rows && load_u32(stream.stss, at.row * kStssRow) == number ? 1 : 0;
 }
 
+float container_frame_rate(const Mp4Stream& stream) {
+    const std::uint32_t duration =
+        stream.has_stts ? get_sample_duration(stream, 0) : stream.default_sample_duration;
+    if (duration == 0) {
+        return 0;
+    }
+    return static_cast<float>(stream.time_scale) / static_cast<float>(duration);
+}
+
 std::span<const std::uint8_t> senc_iv(const Mp4Stream& stream, const SencEntry& entry) {
     return std::span<const std::uint8_t>(stream.senc_ivs).subspan(entry.iv_at, entry.iv_size);
 }

@@ -1,7 +1,5 @@
 // Configuration boxes of video sample entries (ISO/IEC 14496-15, AV1-ISOBMFF) and what else such an
 // entry holds.
-#include "src/video/decoder_configs.h"
-
 #include <algorithm>
 #include <new>
 #include <string_view>
@@ -10,6 +8,8 @@
 #include "src/mp4demuxer/box_reader.h"
 #include "src/mp4demuxer/handlers.h"
 #include "src/mp4demuxer/sample_entries.h"
+#include "src/video/decoder_configs.h"
+#include "src/video/leb128.h"
 
 namespace mediasplit {
 
@@ -185,28 +185,6 @@ void read_lhevc_head(ByteReader& in, HevcConfig& config) {
     config.num_arrays = in.u8();
 }
 
-void keep_dsi(Mp4Stream& stream, std::vector<std::uint8_t> payload) {
-    stream.dsi = std::move(payload);
-    stream.dsi_size = static_cast<std::uint32_t>(stream.dsi.size());
-}
-
-std::vector<std::uint8_t> read_payload(InputFile& file, const BoxNode& node) {
-    return PayloadReader(file, node.size).rest(kMaxConfigSize);
-}
-
-// LEB128 of up to 8 bytes.
-std::uint64_t read_leb128(std::uint32_t& bit, ByteSpan payload) {
-    std::uint64_t value = 0;
-    for (int i = 0; i < 8; ++i) {
-        const std::uint8_t byte = read_uint8(bit, payload, 8);
-        value |= static_cast<std::uint64_t>(byte & 0x7F) << 7 * i;
-        if ((byte & 0x80) == 0) {
-            break;
-        }
-    }
-    return value;
-}
-
 // Looks for the first metadata unit of the configuration.
 void read_config_obus(std::uint32_t bit, ByteSpan payload, Av1Config& config) {
     // Deliberate: bytes are compared with bits, so that only a box of more than 32 bytes has units.
@@ -236,22 +214,6 @@ void read_config_obus(std::uint32_t bit, ByteSpan payload, Av1Config& config) {
     }
 }
 
-// The kind of a Prisma track whose sample entry has a plain codec's type.
-std::uint32_t px_kind_of(std::uint32_t stream_id) {
-    switch (stream_id) {
-        case kStreamIdHvc1:
-            return kPxPxh1;
-        case kStreamIdHev1:
-            return kPxPxhe;
-        case kStreamIdAvc1:
-            return kPxPxa1;
-        case kStreamIdAvc3:
-            return kPxPxav;
-        default:
-            return 0;
-    }
-}
-
 std::uint32_t prsm_config_flag(std::uint32_t type) {
     switch (type) {
         case fourcc("pxcC"):
@@ -272,7 +234,7 @@ HandlerResult set_flag(Mp4Demuxer& demuxer, std::uint32_t flag) {
 
 HandlerResult parse_box_avcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    keep_dsi(*stream, read_payload(file, node));
+    keep_dsi(*stream, read_config(file, node));
     stream->box_flags |= kBoxAvcC;
     stream->avc_config = std::make_unique<AvcConfig>();
     if (begins_with_piff(stream->dsi)) {
@@ -295,7 +257,7 @@ HandlerResult parse_box_hvcE(Mp4Demuxer& demuxer, InputFile& /*file*/, BoxNode& 
 
 HandlerResult parse_box_hvcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    keep_dsi(*stream, read_payload(file, node));
+    keep_dsi(*stream, read_config(file, node));
     stream->box_flags |= kBoxHvcC;
     stream->hevc_config = std::make_unique<HevcConfig>();
     ByteReader in(stream->dsi);
@@ -306,7 +268,7 @@ HandlerResult parse_box_hvcC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_lhvC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    const std::vector<std::uint8_t> payload = read_payload(file, node);
+    const std::vector<std::uint8_t> payload = read_config(file, node);
     stream->box_flags |= kBoxLhvC;
     stream->lhevc_config = std::make_unique<HevcConfig>();
     ByteReader in(payload);
@@ -317,7 +279,7 @@ HandlerResult parse_box_lhvC(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 
 HandlerResult parse_box_av1C(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
     Mp4Stream* stream = demuxer.current;
-    keep_dsi(*stream, read_payload(file, node));
+    keep_dsi(*stream, read_config(file, node));
     stream->box_flags |= kBoxAv1C;
     stream->av1_config = std::make_unique<Av1Config>();
     Av1Config& config = *stream->av1_config;
@@ -364,13 +326,13 @@ HandlerResult parse_box_prsm_config(Mp4Demuxer& demuxer, InputFile& file, BoxNod
     config.bl_compatible_id = word >> 4 & 15;
     config.md_compression = word >> 2 & 3;
     if (stream->px_kind == 0) {
-        stream->px_kind = px_kind_of(stream->stream_id);
+        stream->px_kind = plain_px_of(stream->stream_id);
     }
     return kHandled;
 }
 
 HandlerResult parse_box_d263(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node, Ezxml* /*tree*/) {
-    keep_dsi(*demuxer.current, read_payload(file, node));
+    keep_dsi(*demuxer.current, read_config(file, node));
     return kHandled;
 }
 

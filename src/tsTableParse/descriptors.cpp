@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdio>
 #include <string>
-#include <string_view>
 
 #include "src/log/logging.h"
 #include "src/tsTableParse/tree_fields.h"

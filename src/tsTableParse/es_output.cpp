@@ -1,15 +1,15 @@
 #include "src/tsTableParse/es_output.h"
 
-#include "src/file_util/path_names.h"
+#include <optional>
+#include <utility>
+
+#include "src/file_util/name_parts.h"
 #include "src/log/logging.h"
 
 namespace mediasplit {
 
 namespace {
 
-constexpr std::size_t kNameLimit = 1024;
-constexpr std::size_t kSafeNameLimit = 248;
-constexpr std::size_t kLongestExtension = 6;
 constexpr std::uint32_t kIoAudio = 1;
 constexpr std::uint32_t kIoVideo = 2;
 
@@ -22,21 +22,18 @@ bool is_left_out(const TsOutputFiles& files, std::int64_t pid) {
 Status buildFileName_ts(std::string& name, std::int64_t pid, const TsContext& context,
                         std::string_view extension, const TsOutputFiles& files) {
     name.clear();
-    std::string stem = files.name_prefix.size() < kNameLimit ? files.name_prefix : std::string();
+    std::string stem;
+    append_pieces(stem, {files.name_prefix});
     stem += "_PID_" + std::to_string(pid);
     if (context.manifest != nullptr && context.manifest->bandwidth) {
-        const std::string addition = "_Bitrate_" + *context.manifest->bandwidth + "bps";
-        if (stem.size() + addition.size() < kNameLimit) {
-            stem += addition;
-        }
+        append_pieces(stem, {"_Bitrate_", *context.manifest->bandwidth, "bps"});
     }
-    fileStrValid(&stem);
-    if (stem.size() > kSafeNameLimit) {
+    std::optional<std::string> file_name = output_file_name(stem, output_extension(extension));
+    if (!file_name) {
         (void)Logging_err_type_check(nullptr, 4079, {}, stem);
         return Status::kFailed;
     }
-    name = stem + ".out.";
-    name += extension.size() > kLongestExtension ? std::string_view("unknow") : extension;
+    name = std::move(*file_name);
     return Status::kOk;
 }
 

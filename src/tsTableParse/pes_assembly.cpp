@@ -14,8 +14,6 @@ namespace {
 
 constexpr std::size_t kFullPayload = 184;
 constexpr std::int64_t kPrivateStream1 = 0xBD;
-constexpr std::int64_t kTypeEc3 = 0x87;
-constexpr std::int64_t kTypePrivateData = 0x06;
 constexpr std::int64_t kPtsUpperHalf = std::int64_t{1} << 32;
 
 // Calls `use` with each stream of the tables that has this PID.

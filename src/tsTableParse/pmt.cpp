@@ -11,8 +11,9 @@ namespace mediasplit {
 
 namespace {
 
-constexpr std::array<std::int64_t, 10> kKnownStreamTypes = {0x01, 0x02, 0x04, 0x06, 0x0F,
-                                                            0x11, 0x1B, 0x24, 0x81, 0x87};
+constexpr std::array<std::int64_t, 10> kKnownStreamTypes = {
+    kTypeMpeg1Video, kTypeMpeg2Video, kTypeMpegAudio, kTypePrivateData, kTypeAdts,
+    kTypeLatm,       kTypeAvc,        kTypeHevc,      kTypeAc3,         kTypeEc3};
 
 // Reads the descriptors that fill `length` bytes and keeps the first `limit` of them. The first one
 // that is beyond use ends the reading with its result.

@@ -218,8 +218,9 @@ struct StreamRule {
 };
 
 constexpr StreamRule kStreamRules[] = {
-    {0x87, check_ec3_stream}, {0x0F, check_aac_stream},  {0x11, check_aac_stream},
-    {0x1B, check_avc_stream}, {0x24, check_hevc_stream}, {0x06, check_private_stream},
+    {kTypeEc3, check_ec3_stream},   {kTypeAdts, check_aac_stream},
+    {kTypeLatm, check_aac_stream},  {kTypeAvc, check_avc_stream},
+    {kTypeHevc, check_hevc_stream}, {kTypePrivateData, check_private_stream},
 };
 
 // A manifest that speaks of the enhancement layer, or of no codec, needs to see one.

@@ -3,12 +3,12 @@
 #include <algorithm>
 
 #include "src/log/logging.h"
+#include "src/tsTableParse/ts_tables.h"
 
 namespace mediasplit {
 
 namespace {
 
-constexpr std::uint32_t kTypeEc3 = 0x87;
 constexpr std::int64_t kLargestOffset = 2879;
 
 Status check_stream(const TsAudioSummary& audio, const TsAudioSummary& before,

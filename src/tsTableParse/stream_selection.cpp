@@ -12,19 +12,19 @@ namespace mediasplit {
 
 namespace {
 
-constexpr std::int64_t kPrivateData = 0x06;
-
 struct TypeExtension {
     std::int64_t key;  // stream type or descriptor tag
     const char* extension;
 };
 
-constexpr std::array kAudioTypes = {TypeExtension{0x04, ""}, TypeExtension{0x0F, "adts"},
-                                    TypeExtension{0x11, "aac"}, TypeExtension{0x81, "ac3"},
-                                    TypeExtension{0x87, "ec3"}};
+constexpr std::array kAudioTypes = {TypeExtension{kTypeMpegAudio, ""},
+                                    TypeExtension{kTypeAdts, "adts"},
+                                    TypeExtension{kTypeLatm, "aac"}, TypeExtension{kTypeAc3, "ac3"},
+                                    TypeExtension{kTypeEc3, "ec3"}};
 
-constexpr std::array kVideoTypes = {TypeExtension{0x01, "mpeg"}, TypeExtension{0x02, "mpeg"},
-                                    TypeExtension{0x1B, "h264"}, TypeExtension{0x24, "h265"}};
+constexpr std::array kVideoTypes = {
+    TypeExtension{kTypeMpeg1Video, "mpeg"}, TypeExtension{kTypeMpeg2Video, "mpeg"},
+    TypeExtension{kTypeAvc, "h264"}, TypeExtension{kTypeHevc, "h265"}};
 
 // Tags that tell the codec of private data, the one that wins first.
 constexpr std::array kAudioTags = {TypeExtension{kTagAc4, "ac4"}, TypeExtension{kTagEc3Dvb, "ec3"},
@@ -64,8 +64,8 @@ template <std::size_t kTypes, std::size_t kTags>
 const char* extension_of(const std::array<TypeExtension, kTypes>& types,
                          const std::array<TypeExtension, kTags>& tags,
                          const TsElementaryStream& stream) {
-    return stream.stream_type == kPrivateData ? extension_by_tag(tags, stream)
-                                              : extension_by_type(types, stream.stream_type);
+    return stream.stream_type == kTypePrivateData ? extension_by_tag(tags, stream)
+                                                  : extension_by_type(types, stream.stream_type);
 }
 
 // Opens the stream's file. A name that is refused is reported, and creating goes on with no name.

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -58,6 +57,20 @@ struct PrsmTsDescriptor {
     std::uint8_t bl_present_flag = 0;
     std::uint32_t dependency_pid = 0;
     std::uint8_t px_bl_signal_compatibility_id = 0;
+};
+
+// Stream types that are known (ISO/IEC 13818-1 2.4.4.9, ATSC A/53 Part 3).
+enum TsStreamType : std::int64_t {
+    kTypeMpeg1Video = 0x01,
+    kTypeMpeg2Video = 0x02,
+    kTypeMpegAudio = 0x04,
+    kTypePrivateData = 0x06,
+    kTypeAdts = 0x0F,
+    kTypeLatm = 0x11,
+    kTypeAvc = 0x1B,
+    kTypeHevc = 0x24,
+    kTypeAc3 = 0x81,
+    kTypeEc3 = 0x87,
 };
 
 // Descriptor tags that have a meaning here.

@@ -5,6 +5,7 @@
 
 #include "src/fmp4demuxer/writers/av1_headers.h"
 #include "src/mp4demuxer/mp4demuxer.h"
+#include "src/video/leb128.h"
 #include "tests/support/mp4_builder.h"
 #include "tests/support/mp4_input.h"
 

@@ -50,29 +50,23 @@ Status check_codecs(const DashAudio& audio, const Ac4CodecProfile& profile) {
 }
 
 Status check_ims_channels(const DashAudio& audio) {
-    std::string path;
-    const DashDescriptorText told = get_dash_rep_attr_descriptor(
-        &audio.representation, &audio.set, "AudioChannelConfiguration", &path);
+    const ToldDescriptor told(audio, "AudioChannelConfiguration");
     Status status = Status::kOk;
     for (const ImsRow& row : kImsValues) {
-        if (told.scheme_id_uri == row.scheme) {
-            status |=
-                check(told.value == row.value, audio.loglist, row.id, LogContext{0, path, "value"});
+        if (told.text.scheme_id_uri == row.scheme) {
+            status |= check(told.text.value == row.value, audio.loglist, row.id, told.at());
         }
     }
     return status;
 }
 
 Status check_virtualized_content(const DashAudio& audio, bool is_ims) {
-    std::string path;
-    const DashDescriptorText property =
-        get_dash_rep_attr_descriptor(&audio.representation, &audio.set, "IMSVirtualized", &path);
-    const LogContext where{0, path, "value"};
+    const ToldDescriptor property(audio, "IMSVirtualized");
     if (is_ims) {
-        return check(property.value == "1", audio.loglist, 4350, where);
+        return check(property.text.value == "1", audio.loglist, 4350, property.at());
     }
     return has_checkpoint_set(audio.loglist, kAc4OverTheTopRules)
-               ? check(!property.present, audio.loglist, 4351, where)
+               ? check(!property.text.present, audio.loglist, 4351, property.at())
                : Status::kOk;
 }
 

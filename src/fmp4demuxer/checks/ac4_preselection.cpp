@@ -1,7 +1,6 @@
 #include "src/fmp4demuxer/checks/ac4_preselection.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <string>
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
 namespace mediasplit {
 namespace {
@@ -17,13 +16,6 @@ constexpr std::uint32_t kVisuallyImpaired = 2;
 constexpr std::array<std::uint32_t, 4> kRateFactors = {1, 2, 4, 1};
 
 }  // namespace
-
-std::string ac4_codec_text(const Ac4CodecProfile& profile) {
-    std::array<char, 40> text{};
-    (void)std::snprintf(text.data(), text.size(), "ac-4.%02x.%02x.%02x", profile.bitstream_version,
-                        profile.presentation_version, profile.mdcompat);
-    return text.data();
-}
 
 std::optional<std::uint32_t> ac4_presentation_number(const DsiPresentation& presentation) {
     if (presentation.b_extended_presentation_id != 0) {

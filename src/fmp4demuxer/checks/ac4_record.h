@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <string_view>
 
 #include "ac4/descriptor_generator/dsi_record.h"
@@ -20,9 +19,6 @@ inline constexpr std::uint32_t kAc4ImsPresentation = 2;  // immersive stereo
 
 // The lowest mdcompat where no presentation counts.
 inline constexpr std::uint32_t kAc4NoCompatibility = 0xFFFFFFFF;
-
-// "ac-4.02.01.03".
-[[nodiscard]] std::string ac4_codec_text(const Ac4CodecProfile& profile);
 
 // The number that presentations of one group share and by which a manifest points at them: the
 // extended id, else the id; none if the box tells neither.

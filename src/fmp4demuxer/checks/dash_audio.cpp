@@ -29,6 +29,9 @@ std::string_view without_zeros(std::string_view text) {
 
 }  // namespace
 
+ToldDescriptor::ToldDescriptor(const DashAudio& audio, std::string_view name)
+    : text(get_dash_rep_attr_descriptor(&audio.representation, &audio.set, name, &path)) {}
+
 bool is_same_number(std::string_view a, std::string_view b) {
     return !a.empty() && !b.empty() && case_sensitive_same(without_zeros(a), without_zeros(b));
 }
@@ -49,43 +52,39 @@ Status check_attributes(const DashAudio& audio, std::span<const AttributeRule> r
 }
 
 Status check_channel_scheme(const DashAudio& audio, const ChannelRules& rules) {
-    std::string path;
-    const DashDescriptorText told =
-        get_dash_rep_attr_descriptor(&audio.representation, &audio.set, kConfiguration, &path);
-    const bool is_vendor = told.scheme_id_uri == rules.vendor_scheme;
-    const bool is_cicp = told.scheme_id_uri == kCicpChannelScheme;
-    const LogContext value{0, path, "value"};
-    const bool has_value = told.value && !told.value->empty();
-    Status status = check(is_vendor || is_cicp, audio.loglist, rules.other_scheme,
-                          LogContext{0, path, "schemeIdUri"});
+    const ToldDescriptor told(audio, kConfiguration);
+    const std::optional<std::string>& value = told.text.value;
+    const bool is_vendor = told.text.scheme_id_uri == rules.vendor_scheme;
+    const bool is_cicp = told.text.scheme_id_uri == kCicpChannelScheme;
+    const bool has_value = value && !value->empty();
+    Status status =
+        check(is_vendor || is_cicp, audio.loglist, rules.other_scheme, told.at("schemeIdUri"));
     if (is_vendor) {
-        status |= check(has_value && check_str_hex(told.value) == 0, audio.loglist,
-                        rules.vendor_value_not_hex, value);
+        status |= check(has_value && check_str_hex(value) == 0, audio.loglist,
+                        rules.vendor_value_not_hex, told.at());
     }
     if (is_cicp) {
-        status |= check(has_value && check_str_r10(told.value) == 0, audio.loglist,
-                        rules.cicp_value_not_decimal, value);
+        status |= check(has_value && check_str_r10(value) == 0, audio.loglist,
+                        rules.cicp_value_not_decimal, told.at());
     }
     return status;
 }
 
 Status check_channel_value(const DashAudio& audio, const ChannelRules& rules,
                            const ChannelConfiguration& stream) {
-    std::string path;
-    const DashDescriptorText told =
-        get_dash_rep_attr_descriptor(&audio.representation, &audio.set, kConfiguration, &path);
-    const LogContext where{0, path, "value"};
-    const std::string_view actual = told.value ? std::string_view(*told.value) : "";
+    const ToldDescriptor told(audio, kConfiguration);
+    const LogContext where = told.at();
+    const std::string actual = told.text.value.value_or("");
     const std::string vendor = hex_text(stream.vendor, rules.vendor_digits);
     const bool has_cicp = stream.cicp != kNoCicpValue;
     Status status = Status::kOk;
-    if (told.scheme_id_uri == rules.vendor_scheme) {
+    if (told.text.scheme_id_uri == rules.vendor_scheme) {
         status |= check<std::int32_t, std::string_view>(
             !has_cicp, audio.loglist, rules.cicp_is_better, where, stream.cicp, vendor);
         status |=
             check<std::string_view, std::string_view>(is_same_number(actual, vendor), audio.loglist,
                                                       rules.wrong_value, where, vendor, actual);
-    } else if (told.scheme_id_uri == kCicpChannelScheme) {
+    } else if (told.text.scheme_id_uri == kCicpChannelScheme) {
         status |= check<std::string_view>(has_cicp, audio.loglist, rules.cicp_has_no_value, where,
                                           vendor);
         if (has_cicp) {

@@ -20,6 +20,19 @@ struct DashAudio {
     Loglist* loglist = nullptr;
 };
 
+// A descriptor of the Representation or its AdaptationSet (get_dash_rep_attr_descriptor).
+struct ToldDescriptor {
+    ToldDescriptor(const DashAudio& audio, std::string_view name);
+
+    // Where messages say that an attribute of it stands.
+    [[nodiscard]] LogContext at(std::string_view attribute = "value") const {
+        return {0, path, attribute};
+    }
+
+    std::string path{};  // made by what makes the text
+    DashDescriptorText text;
+};
+
 // --- Attributes ----------------------------------------------------------------------------------
 
 inline constexpr std::string_view kAnyProfile;

@@ -40,35 +40,24 @@ ChannelConfiguration channels_of(const Mp4Stream& stream) {
     return {word, mapping_ec3_channel_config_to_mpeg_scheme(word)};
 }
 
-// A property that tells of object audio.
-struct Property {
-    Property(const DashAudio& audio, std::string_view name)
-        : text(get_dash_rep_attr_descriptor(&audio.representation, &audio.set, name, &path)) {}
-
-    [[nodiscard]] LogContext where() const { return {0, path, "value"}; }
-
-    std::string path{};  // made by what makes the text
-    DashDescriptorText text;
-};
-
 Status check_object_properties(const DashAudio& audio, const Ec3Config& config) {
-    const Property complexity(audio, "ComplexityIndexTypeA");
-    const Property type(audio, "OrvelAudioPlusExtensionType");
+    const ToldDescriptor complexity(audio, "ComplexityIndexTypeA");
+    const ToldDescriptor type(audio, "OrvelAudioPlusExtensionType");
     Loglist* loglist = audio.loglist;
     if (config.flag_ec3_extension_type_a == 0) {
         return check(!complexity.text.present && !type.text.present, loglist, 4282,
                      LogContext{0, audio.representation.ui_id, "SupplementalProperty"});
     }
-    Status status = check(complexity.text.present, loglist, 4278, complexity.where());
-    status |= check(type.text.present, loglist, 4279, type.where());
+    Status status = check(complexity.text.present, loglist, 4278, complexity.at());
+    status |= check(type.text.present, loglist, 4279, type.at());
     if (type.text.present) {
-        status |= check(type.text.value == "JOC", loglist, 4281, type.where());
+        status |= check(type.text.value == "JOC", loglist, 4281, type.at());
     }
     if (complexity.text.present) {
         const std::string expected = std::to_string(config.complexity_index_type_a);
         const std::string actual = complexity.text.value.value_or("");
-        status |= check(is_same_number(actual, expected), loglist, 4280, complexity.where(),
-                        expected, actual);
+        status |= check(is_same_number(actual, expected), loglist, 4280, complexity.at(), expected,
+                        actual);
     }
     return status;
 }

@@ -10,6 +10,15 @@
 
 namespace mediasplit {
 
+// Resolves the manifest records of the demultiplexer's present position into the arguments, each of
+// which may be null. A Representation whose chain of records is broken raises 3006; a plain file
+// has no records.
+[[nodiscard]] Status get_input_manifest_info(const Mp4Demuxer* demuxer, const DashInfo** mpd,
+                                             const DashPeriodInfo** period,
+                                             const DashAdaptationSetInfo** adaptation_set,
+                                             const DashRepresentationInfo** representation,
+                                             ManifestContext** manifest_context, Loglist* loglist);
+
 // The manifest records of a demultiplexer's present position; all null for a plain file, and those
 // of the other kind of manifest.
 struct ManifestRecords {
@@ -25,7 +34,7 @@ struct ManifestRecords {
     [[nodiscard]] bool is_hls() const { return context != nullptr; }
 };
 
-// Looks the records up. A broken chain raises 3006, whose result is returned.
+// Looks all of them up. A broken chain raises 3006, whose result is returned.
 [[nodiscard]] Status find_manifest_records(const Mp4Demuxer& demuxer, ManifestRecords& records);
 
 }  // namespace mediasplit

@@ -1,5 +1,4 @@
-// Codec texts of enhancement streams in manifests, and what every enhancement stream needs of its
-// container.
+// Codec texts of enhancement streams in manifests.
 #pragma once
 
 #include <cstdint>
@@ -83,12 +82,5 @@ struct CodecPair {
 // Representation and those that share its initialization segment; in a playlist, in a list of the
 // stream itself or of those merged with it.
 [[nodiscard]] bool names_base_codec(const PrismaStream& prisma, std::string_view codec);
-
-// A Representation's MIME type (4117).
-[[nodiscard]] Status check_mime_type(const PrismaStream& prisma);
-
-// The rules on the container that all profiles but 20 share: brand, track header, configuration
-// box, level, version, MIME type.
-[[nodiscard]] Status prsm_genenral_validation(const PrismaStream& prisma);
 
 }  // namespace mediasplit

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "src/fmp4demuxer/checks/prisma_codecs.h"
+#include "src/fmp4demuxer/checks/prisma_container.h"
 #include "src/fmp4demuxer/checks/prisma_profiles.h"
 #include "src/fmp4demuxer/checks/prisma_stream.h"
 #include "src/fmp4demuxer/checks/prisma_tables.h"
@@ -13,7 +13,6 @@ namespace {
 
 using enum RuleValue;
 
-constexpr std::uint32_t kManifestRules = 8;
 constexpr std::uint8_t kMain10 = 2;
 constexpr std::uint8_t kHighestHevcLevel = 183;
 
@@ -97,7 +96,7 @@ Status prsm_profile_20_sampleentry_validation(const Mp4Demuxer& demuxer,
         status |= prisma.check(row.holds(prisma), row.message, detail);
     }
     status |= check_hevc_config(prisma);
-    if (!has_checkpoint_set(prisma.loglist(), kManifestRules)) {
+    if (!has_checkpoint_set(prisma.loglist(), kPrismaManifestRules)) {
         return status;
     }
     if (prisma.manifest.is_dash()) {

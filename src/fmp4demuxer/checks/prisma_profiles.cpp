@@ -6,9 +6,9 @@
 #include "src/dash_reader/inherited.h"
 #include "src/dash_reader/property_schemes.h"
 #include "src/fmp4demuxer/checks/prisma_codecs.h"
+#include "src/fmp4demuxer/checks/prisma_container.h"
 #include "src/fmp4demuxer/checks/prisma_stream.h"
 #include "src/fmp4demuxer/checks/prisma_tables.h"
-#include "src/fmp4demuxer/writers/prisma_rules.h"
 #include "src/mp4demuxer/mp4demuxer.h"
 #include "src/video/codec_text.h"
 #include "src/video/level_rules.h"
@@ -22,7 +22,6 @@ using prisma::FlagRules;
 using prisma::kAny;
 using prisma::ProfileRules;
 
-constexpr std::uint32_t kManifestRules = 8;
 constexpr float kNoFrameRate = 1e-6F;
 
 RuleDetail expecting(std::string_view text) {
@@ -290,21 +289,17 @@ Status check_dash_content(const ProfileStream& track) {
 // One of the colour descriptors of ISO/IEC 23001-8: in the AdaptationSet only, with this value.
 struct CicpRow {
     const char* scheme;
-    DashDescriptorText DashAdaptationSetInfo::*in_set;
-    DashDescriptorText DashRepresentationInfo::*in_representation;
+    DashDescriptorText DashCommonInfo::*field;
     std::uint32_t (*expected)(const ProfileStream& track);
 };
 
 constexpr CicpRow kCicpRows[] = {
-    {kColourPrimariesScheme, &DashAdaptationSetInfo::colour_primaries,
-     &DashRepresentationInfo::colour_primaries,
+    {kColourPrimariesScheme, &DashCommonInfo::colour_primaries,
      [](const ProfileStream& track) { return track.colour->primaries; }},
-    {kMatrixCoefficientsScheme, &DashAdaptationSetInfo::matrix_coefficients,
-     &DashRepresentationInfo::matrix_coefficients,
+    {kMatrixCoefficientsScheme, &DashCommonInfo::matrix_coefficients,
      [](const ProfileStream& track) { return track.colour->matrix; }},
     // The stream's own value if it is one of those allowed.
-    {kTransferCharacteristicsScheme, &DashAdaptationSetInfo::transfer_characteristics,
-     &DashRepresentationInfo::transfer_characteristics,
+    {kTransferCharacteristicsScheme, &DashCommonInfo::transfer_characteristics,
      [](const ProfileStream& track) {
          const auto& allowed = track.colour->transfers;
          return track.transfer == allowed[0] ? allowed[0] : allowed[1];
@@ -321,13 +316,13 @@ Status check_colour_descriptors(const ProfileStream& track) {
         const std::string expected = std::to_string(row.expected(track));
         RuleDetail detail = expecting(expected);
         detail.scheme = row.scheme;
-        const DashDescriptorText& in_set = prisma.manifest.adaptation_set->*row.in_set;
+        const DashDescriptorText& in_set = prisma.manifest.adaptation_set->*row.field;
         const bool there = in_set.scheme_id_uri.has_value();
         status |= prisma.check(there, prisma::kCicpMissing, detail);
         if (there) {
             status |= prisma.check(in_set.value == expected, prisma::kCicpValue, detail);
         }
-        const auto& own = prisma.manifest.representation->*row.in_representation;
+        const auto& own = prisma.manifest.representation->*row.field;
         status |=
             prisma.check(!own.scheme_id_uri.has_value(), prisma::kCicpInRepresentation, detail);
     }
@@ -368,7 +363,7 @@ Status check_hls_supplements(const ProfileStream& track) {
 
 Status check_manifest(const ProfileStream& track) {
     const PrismaStream& prisma = track.prisma;
-    if (!has_checkpoint_set(prisma.loglist(), kManifestRules) ||
+    if (!has_checkpoint_set(prisma.loglist(), kPrismaManifestRules) ||
         (!prisma.manifest.is_dash() && !prisma.manifest.is_hls())) {
         return Status::kOk;
     }

@@ -3,8 +3,9 @@
 
 #include "src/fmp4demuxer/writers/av1_headers.h"
 #include "src/fmp4demuxer/writers/sample_writers.h"
-#include "src/fmp4demuxer/writers/unit_output.h"
+#include "src/log/logging.h"
 #include "src/video/enhancement_metadata.h"
+#include "src/video/leb128.h"
 
 namespace mediasplit {
 namespace {

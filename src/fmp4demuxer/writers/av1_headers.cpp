@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "src/video/leb128.h"
+
 namespace mediasplit {
 namespace {
 
@@ -136,18 +138,6 @@ void read_colour(Fields& fields, Av1SequenceHeader& header) {
 }
 
 }  // namespace
-
-std::uint64_t read_leb128(std::uint32_t& position, ByteSpan data) {
-    std::uint64_t value = 0;
-    for (unsigned i = 0; i < 8; ++i) {
-        const std::uint64_t byte = read_uint32(position, data, 8);
-        value |= (byte & 0x7F) << (7 * i);
-        if ((byte & 0x80) == 0) {
-            break;
-        }
-    }
-    return value;
-}
 
 Obu take_obu(ByteSpan& rest) {
     constexpr std::size_t kLongestHeader = 2 + 8;

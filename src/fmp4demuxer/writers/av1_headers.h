@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 #include "src/util/bit_reader.h"
 
@@ -22,9 +21,6 @@ struct Obu {
 
 // Takes the unit that `rest` begins with off it. A unit without a size reaches to the end.
 [[nodiscard]] Obu take_obu(ByteSpan& rest);
-
-// leb128() of up to 8 bytes at bit `position`.
-[[nodiscard]] std::uint64_t read_leb128(std::uint32_t& position, ByteSpan data);
 
 // What a sequence header says up to its colour configuration (5.5).
 struct Av1SequenceHeader {

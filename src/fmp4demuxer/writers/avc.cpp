@@ -9,14 +9,10 @@ namespace {
 constexpr std::uint8_t kTypeIdr = 5;
 constexpr std::uint8_t kTypeDelimiter = 9;
 
-std::uint8_t unit_type(ByteSpan unit) {
-    return first_byte(unit) & 0x1F;
-}
-
 bool has_idr(ByteSpan sample, unsigned length_size, Loglist* loglist, Status& status) {
     NalUnits units(sample, length_size);
     while (!units.at_end()) {
-        if (unit_type(units.next(loglist, status)) == kTypeIdr) {
+        if (avc_unit_type(units.next(loglist, status)) == kTypeIdr) {
             return true;
         }
     }
@@ -40,7 +36,7 @@ Status avcSample(Mp4Demuxer& demuxer, std::uint32_t stream_index, ByteSpan sampl
         const ByteSpan unit = units.next(loglist, status);
         status |= inspect_avc_unit(demuxer, stream, unit, units.from_unit());
         // A delimiter stays the sample's first unit.
-        const bool delimiter = unit_type(unit) == kTypeDelimiter;
+        const bool delimiter = avc_unit_type(unit) == kTypeDelimiter;
         if (sets_due && !delimiter) {
             status |= h264_write_sps_pps_nal(*stream.avc_config, file, loglist);
         }

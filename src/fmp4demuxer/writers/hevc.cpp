@@ -7,15 +7,10 @@
 namespace mediasplit {
 namespace {
 
-// nal_unit_type of ITU-T H.265 Table 7-1.
 constexpr std::uint8_t kTypeIdrWithLeading = 19;
 constexpr std::uint8_t kTypeIdr = 20;
 constexpr std::uint8_t kTypeVps = 32;
 constexpr std::uint8_t kTypeSps = 33;
-
-std::uint8_t unit_type(ByteSpan unit) {
-    return first_byte(unit) >> 1 & 0x3F;
-}
 
 template <typename Units>
 Status write_units(const Units& units, OutputFile* file, Loglist* loglist) {
@@ -49,7 +44,7 @@ Status hevcSample(Mp4Demuxer& demuxer, std::uint32_t stream_index, ByteSpan samp
     while (!units.at_end()) {
         const ByteSpan unit = units.next(loglist, status);
         status |= inspect_hevc_unit(demuxer, stream, unit, units.from_unit());
-        const std::uint8_t type = unit_type(unit);
+        const std::uint8_t type = hevc_unit_type(unit);
         if ((type == kTypeIdrWithLeading || type == kTypeIdr) &&
             stream.parameter_sets_written == 0) {
             status |= write_config(*stream.hevc_config, file, loglist);

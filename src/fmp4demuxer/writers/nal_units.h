@@ -34,6 +34,16 @@ private:
     return unit.empty() ? std::uint8_t{0} : unit[0];
 }
 
+// nal_unit_type of ITU-T H.264 Table 7-1.
+[[nodiscard]] inline std::uint8_t avc_unit_type(ByteSpan unit) {
+    return first_byte(unit) & 0x1F;
+}
+
+// nal_unit_type of ITU-T H.265 Table 7-1.
+[[nodiscard]] inline std::uint8_t hevc_unit_type(ByteSpan unit) {
+    return first_byte(unit) >> 1 & 0x3F;
+}
+
 // `unit` up to the first 00 00 00 or 00 00 01 that begins at `from` or behind. What lies behind the
 // bytes that the parsers of parameter sets look at is left out, so that many units in one sample
 // take no more time than they have bytes.

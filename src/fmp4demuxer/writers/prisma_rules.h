@@ -10,9 +10,6 @@
 
 namespace mediasplit {
 
-// Frames per second as the container tells, 0 when it doesn't.
-[[nodiscard]] float container_frame_rate(const Mp4Stream& stream);
-
 // Looks at an H.264 unit. `from_unit` holds the sample's bytes from the unit on.
 [[nodiscard]] Status inspect_avc_unit(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan unit,
                                       ByteSpan from_unit);

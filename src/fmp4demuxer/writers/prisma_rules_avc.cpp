@@ -1,9 +1,11 @@
 #include <memory>
 #include <string>
 
+#include "src/fmp4demuxer/checks/prisma_codecs.h"
 #include "src/fmp4demuxer/dash_context.h"
 #include "src/fmp4demuxer/writers/prisma_rules.h"
 #include "src/log/logging.h"
+#include "src/mp4demuxer/mp4demuxer.h"
 #include "src/video/codec_text.h"
 #include "src/video/level_rules.h"
 
@@ -13,8 +15,6 @@ namespace {
 constexpr std::uint8_t kTypeSps = 7;
 constexpr std::uint8_t kTypeMetadata = 28;
 constexpr std::uint8_t kTypeEnhancement = 30;
-constexpr std::uint32_t kDualLayerProfile = 4;
-constexpr std::uint32_t kDashPrismaRules = 32;
 constexpr std::size_t kLongestCodecList = 99;
 
 std::unique_ptr<AvcSps> parse_sps(ByteSpan unit, Loglist* loglist) {
@@ -52,7 +52,7 @@ std::string collect_codecs(const DashContext& context) {
 }
 
 Status check_manifest_codec(const Mp4Demuxer& demuxer, const Mp4Stream& stream, const AvcSps& sps) {
-    if (!has_checkpoint_set(demuxer.loglist, kDashPrismaRules) ||
+    if (!has_checkpoint_set(demuxer.loglist, kPrismaDashRules) ||
         demuxer.input_mode != kInputDash || demuxer.dash_context == nullptr) {
         return Status::kOk;
     }
@@ -80,14 +80,14 @@ Status inspect_sps(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan from_unit) {
 }  // namespace
 
 Status inspect_avc_unit(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan unit, ByteSpan from_unit) {
-    const std::uint8_t type = first_byte(unit) & 0x1F;
+    const std::uint8_t type = avc_unit_type(unit);
     Status status = Status::kOk;
     if ((stream.box_flags & kBoxPrisma) != 0) {
         note_evaluated(4171);
         if (stream.px_config == nullptr) {
             return Logging_err_type_check(demuxer.loglist, 4171, {});
         }
-        if (stream.px_config->profile == kDualLayerProfile) {
+        if (prsm_profile_dual_layer(stream.px_config->profile)) {
             if (type == kTypeEnhancement && unit.size() > 2 && (unit[2] & 0x1F) == kTypeSps) {
                 status |= check_enhancement_sps(demuxer, stream, unit);
             } else if (type == kTypeMetadata) {

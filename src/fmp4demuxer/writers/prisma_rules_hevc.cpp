@@ -20,9 +20,7 @@ namespace {
 constexpr std::uint8_t kTypeSps = 33;
 constexpr std::uint8_t kTypeMetadata = 62;
 constexpr std::uint8_t kTypeEnhancement = 63;
-constexpr std::uint32_t kDualLayerProfile = 4;
 constexpr std::uint32_t kSingleLayerProfile = 8;
-constexpr std::uint32_t kDashPrismaRules = 32;
 constexpr float kNoFrameRate = 1e-6F;
 
 NalBuffer nal_of(ByteSpan unit) {
@@ -146,8 +144,8 @@ Status inspect_hevc_unit(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan unit,
     if ((stream.box_flags & kBoxPrisma) == 0 || stream.px_config == nullptr) {
         return Status::kOk;
     }
-    const std::uint8_t type = first_byte(unit) >> 1 & 0x3F;
-    if (stream.px_config->profile == kDualLayerProfile) {
+    const std::uint8_t type = hevc_unit_type(unit);
+    if (prsm_profile_dual_layer(stream.px_config->profile)) {
         if (type == kTypeEnhancement && unit.size() > 2 && (unit[2] >> 1 & 0x3F) == kTypeSps) {
             return check_enhancement_sps(demuxer, stream, unit);
         }
@@ -208,7 +206,7 @@ Status inspect_hevc_sps(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan from_un
     if (std::fabs(frame_rate) < kNoFrameRate) {
         frame_rate = container_rate;
     }
-    if (has_checkpoint_set(demuxer.loglist, kDashPrismaRules) &&
+    if (has_checkpoint_set(demuxer.loglist, kPrismaDashRules) &&
         stream.px_config->profile == kSingleLayerProfile) {
         status |= check_colour(demuxer, stream, *sps, frame_rate);
     }

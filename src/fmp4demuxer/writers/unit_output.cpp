@@ -3,6 +3,7 @@
 #include <array>
 
 #include "src/fmp4demuxer/writers/config_units.h"
+#include "src/log/logging.h"
 
 namespace mediasplit {
 namespace {

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "src/file_util/output_file.h"
-#include "src/log/logging.h"
+#include "src/log/loglist.h"
 #include "src/log/status.h"
 #include "src/mp4demuxer/records.h"
 #include "src/util/bit_reader.h"

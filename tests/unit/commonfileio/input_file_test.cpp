@@ -179,9 +179,43 @@ TEST_F(InputFileTest, SeekWithinTheBufferCostsNoFileOperation) {
 TEST_F(InputFileTest, SeekToExactlyTheEndOfTheBufferRefillsIt) {
     open(2 * kBlock + 3);
     EXPECT_EQ(SeekBytes(kBlock, file_), Status::kOk);
-    EXPECT_EQ(file_.position, 0U);
-    EXPECT_EQ(file_.filled, kBlock);
     EXPECT_EQ(read(5), expected(kBlock, 5));
+    EXPECT_EQ(file_.position, 5U);
+    EXPECT_EQ(file_.filled, kBlock);
+}
+
+TEST_F(InputFileTest, RequestOfExactlyOneBlockBehindASeekIsWhole) {
+    open(4 * kBlock);
+    for (const std::uint64_t distance : {kBlock, 2 * kBlock}) {
+        Rewind(file_);
+        EXPECT_EQ(SeekBytes(static_cast<std::int64_t>(distance), file_), Status::kOk);
+        EXPECT_EQ(read(kBlock), expected(distance, kBlock));
+    }
+    Rewind(file_);
+    EXPECT_EQ(read(kBlock), expected(0, kBlock));
+}
+
+TEST_F(InputFileTest, SeekToTheEndOfTheBufferAndBackReadsNothingFromTheFile) {
+    open(2 * kBlock);
+    const std::int64_t place = file_.stream.place();
+    EXPECT_EQ(SeekBytes(kBlock, file_), Status::kOk);
+    EXPECT_EQ(SeekBytes(-9, file_), Status::kOk);
+    EXPECT_EQ(file_.stream.place(), place);
+    EXPECT_EQ(read(12), expected(kBlock - 9, 12));
+}
+
+TEST_F(InputFileTest, ReadAheadBehindAJumpIsLimitedOnce) {
+    open(4 * kBlock);
+    Rewind(file_);
+    EXPECT_EQ(SeekBytes(2 * kBlock + 5, file_), Status::kOk);
+    limit_read_ahead(100, file_);
+    EXPECT_EQ(read(1), expected(2 * kBlock + 5, 1));
+    EXPECT_EQ(file_.filled, 100U);
+    // What lies behind is there all the same.
+    EXPECT_EQ(read(300), expected(2 * kBlock + 6, 300));
+    EXPECT_EQ(file_.filled, kBlock);
+    limit_read_ahead(3, file_);
+    EXPECT_EQ(read(kBlock), expected(2 * kBlock + 306, kBlock));
 }
 
 TEST_F(InputFileTest, SeekFarAheadAndBackLandsWhereItSays) {
@@ -309,6 +343,39 @@ TEST_F(InputFileTest, ReopenWithALongerRangeHasRoomForIt) {
     EXPECT_EQ(read(3 * kBlock), expected(7, 2 * kBlock));
 }
 
+TEST_F(InputFileTest, ReopenDoesNotReadAgainWhatTheBufferHolds) {
+    open(3 * kBlock);
+    Rewind(file_);
+    EXPECT_EQ(SeekBytes(kBlock + 7, file_), Status::kOk);
+    limit_read_ahead(100, file_);
+    EXPECT_EQ(read(8), expected(kBlock + 7, 8));
+    EXPECT_EQ(SeekBytes(92, file_), Status::kOk);
+    const std::int64_t place = file_.stream.place();
+    file_.range_active = 1;
+    file_.range_start = static_cast<std::int64_t>(kBlock + 7);
+    file_.range_left = 100;
+    EXPECT_EQ(ReOpenFileEx(file_), Status::kOk);
+    EXPECT_EQ(file_.stream.place(), place);
+    EXPECT_EQ(CurrentOffset(file_), kBlock + 7);
+    EXPECT_EQ(read(1000), expected(kBlock + 7, 100));
+    // A longer range, or one that begins elsewhere, is read.
+    for (const std::int64_t start : {0, 1}) {
+        file_.range_start = static_cast<std::int64_t>(kBlock + 7) + start;
+        file_.range_left = 101;
+        EXPECT_EQ(ReOpenFileEx(file_), Status::kOk);
+        EXPECT_EQ(read(1000), expected(kBlock + 7 + static_cast<std::uint64_t>(start), 101));
+    }
+}
+
+TEST_F(InputFileTest, ReopenOfAShortFileKeepsItsBuffer) {
+    open(100);
+    EXPECT_EQ(read(60), expected(0, 60));
+    EXPECT_EQ(ReOpenFileEx(file_), Status::kOk);
+    EXPECT_EQ(read(200), bytes_);
+    EXPECT_EQ(ReOpenFileEx(file_), Status::kOk);
+    EXPECT_EQ(read(200), bytes_);
+}
+
 TEST_F(InputFileTest, ReopenFailsWhereTheFileCannotBePositioned) {
     open(100);
     file_.range_start = -1;
@@ -318,8 +385,8 @@ TEST_F(InputFileTest, ReopenFailsWhereTheFileCannotBePositioned) {
 TEST_F(InputFileTest, SeekPastAShortRangeBufferHasRoomToRefill) {
     open_range(3 * kBlock, 20, 10);
     EXPECT_EQ(SeekBytes(20, file_), Status::kOk);
-    EXPECT_EQ(file_.filled, kBlock);
     EXPECT_EQ(read(4), expected(40, 4));
+    EXPECT_EQ(file_.filled, kBlock);
 }
 
 TEST_F(InputFileTest, FileSizeIsThatOfTheWholeFileAndLeavesThePositionIntact) {

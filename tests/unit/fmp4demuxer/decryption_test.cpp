@@ -505,13 +505,13 @@ TEST(DecryptionKeys, TextThatIsNoKeyEndsWith4014) {
     EXPECT_EQ(result.ids, (std::vector<int>{4016, 4014}));
 }
 
-TEST(DecryptionKeys, KeyOfAnotherSizeLeavesTheSamplesAsTheyAre) {
-    Bytes data = plain_text(20);
-    ctr(data, 0, 20, kIv8, 0);
-    const KeyResult result =
+TEST(DecryptionKeys, KeyOfASizeThatAesDoesNotKnowEndsWith4014) {
+    const KeyResult listed =
         with_keys(std::string(kKidText) + ":0011,00000000000000000000000000000000", std::nullopt);
-    EXPECT_TRUE(result.ids.empty());
-    EXPECT_EQ(result.out, data);
+    EXPECT_EQ(listed.ids, std::vector<int>{4014});
+    EXPECT_EQ(listed.last_text, "The input decryption key is invalid : 0011.");
+    EXPECT_EQ(listed.status, Status::kFailed);
+    EXPECT_FALSE(listed.out.has_value());
 }
 
 TEST(DecryptionKeys, ClearFileNeedsNone) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "src/file_util/output_file.h"
+#include "src/fmp4demuxer/checks/manifest_records.h"
 #include "src/fmp4demuxer/track_driver.h"
 #include "tests/support/mp4_input.h"
 #include "tests/unit/fmp4demuxer/demux_run.h"
@@ -89,11 +90,20 @@ TEST(Driver, CreateRefusesAKeyTextThatIsNoKey) {
 
 TEST(Driver, CreateTakesAKeyTextUpToItsComma) {
     DemuxRun run;
-    run.key_text = "0a0B,zz";
+    run.key_text = "0a0B000000000000000000000000000F,zz";
     run.make();
     ASSERT_NE(run.demuxer(), nullptr);
-    EXPECT_EQ(run.demuxer()->key, (Bytes{0x0A, 0x0B}));
+    EXPECT_EQ(run.demuxer()->key, (Bytes{0x0A, 0x0B, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x0F}));
     EXPECT_EQ(run.create_status(), Status::kOk);
+}
+
+TEST(Driver, CreateRefusesAKeyTextOfASizeThatAesDoesNotKnow) {
+    DemuxRun run;
+    run.key_text = "0a0B,zz";
+    run.make();
+    EXPECT_EQ(run.demuxer(), nullptr);
+    EXPECT_TRUE(has_failed(run.create_status()));
+    EXPECT_EQ(run.sink.ids(), std::vector<int>{4014});
 }
 
 TEST(Driver, MissingFileOrDemuxerIsRefused) {
@@ -254,6 +264,7 @@ TEST(Driver, SamplesPlacedOverOneAnotherDoNotFillTheDisk) {
     ASSERT_TRUE(bytes.has_value());
     EXPECT_GT(bytes->size(), 50'000'000U);
     EXPECT_LT(bytes->size(), 60'000'000U);
+    EXPECT_EQ(run.sink.notes().size(), 1U);
 }
 
 TEST(Driver, InputWithoutTracksIsNoFailure) {

@@ -124,6 +124,31 @@ INSTANTIATE_TEST_SUITE_P(Schemes, Hostile, ::testing::Values("", "cenc", "cbcs")
                                                                     : std::string(info.param);
                          });
 
+TEST(HostileSamples, LargeParameterSetsAtTinyPicturesDoNotFillTheDisk) {
+    ::testing::internal::CaptureStderr();
+    Bytes large(60000, 0x55);
+    large[0] = 0x68;
+    mp4::MovieSpec movie;
+    movie.tracks = {avc_track(
+        1, std::vector<mp4::SampleSpec>(1000, sample(length_prefixed({Bytes{0x65, 0x88}}))))};
+    movie.tracks[0].entries = {
+        mp4::video_entry("avc1", 64, 64, {mp4::avcC({kAvcSps}, {large, large}, 3)})};
+    const Bytes file = mp4::plain_file(movie);
+    DemuxRun run;
+    static_cast<void>(run.walk(file));
+    static_cast<void>(run.finish());
+    ::testing::internal::GetCapturedStderr();
+    const auto out = run.output("in_track_id_1.out.264");
+    ASSERT_TRUE(out);
+    EXPECT_GT(out->size(), 64 * file.size());
+    EXPECT_LT(out->size(), 64 * file.size() + 2 * kInputBlockSize);
+    ASSERT_EQ(run.sink.notes().size(), 1U);
+    EXPECT_EQ(
+        run.sink.notes()[0],
+        "Samples were dropped: those before them came to more than 64 times the size of their "
+        "file.");
+}
+
 TEST(HostileSamples, AnyTwoLengthBytesAreSurvived) {
     ::testing::internal::CaptureStderr();
     for (unsigned first = 0; first < 256; first += 51) {

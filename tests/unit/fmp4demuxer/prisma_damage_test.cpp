@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "src/fmp4demuxer/writers/av1_headers.h"
+#include "src/video/leb128.h"
 #include "tests/support/nal_builder.h"
 #include "tests/unit/fmp4demuxer/demux_run.h"
 

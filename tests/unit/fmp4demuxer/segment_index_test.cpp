@@ -233,6 +233,18 @@ TEST_F(IndexWalk, ReferenceOfSize0Raises2023) {
     }
 }
 
+TEST_F(IndexWalk, ReferenceOfSize0DoesNotStandForTheWholeFile) {
+    const auto movie = four_samples();
+    const Bytes media = mp4::media_segment(movie, 0, 4, 0, 1);
+    // The first offset leads from the end of the index back to the start of the file.
+    const std::size_t end = media.size() + sidx(1, 0, {0, 0}).size();
+    const Bytes bytes = mp4::join({media, sidx(1, 0 - static_cast<std::uint64_t>(end), {0, 0})});
+    const SegmentSlot slot = index_slot(media.size(), end - 1);
+    static_cast<void>(walk(bytes, &slot));
+    EXPECT_EQ(count(2023), 2U);
+    EXPECT_EQ(run.output("in_track_id_1.out.ac3"), Bytes{});
+}
+
 TEST_F(IndexWalk, LocationIsToldForEachSubsegment) {
     const Indexed file = indexed_file(0);
     const SegmentSlot slot = index_slot(file.index_at, file.index_at + file.index_size - 1);

@@ -11,14 +11,23 @@
 namespace mediasplit::mp4 {
 namespace {
 
-TEST(BoxTable, HasNinetyTwoRowsThatAreFoundByType) {
-    EXPECT_EQ(box_table().size(), 92U);
+TEST(BoxTable, HasNinetyTwoRowsInTheirOrderThatAreFoundByType) {
+    constexpr std::string_view kOrder =
+        "ftypstypmdatmoovmvhdtraktkhdedtsstcoco64stszstsdstscsttsstsscttsmdhdstblsidxvmhd"
+        "smhdencvencasinfschmschifrmamp4aavc1avc3pxavpxa1pavcpxh8hvc1hev1pxhepxh1av01pav1"
+        "av1Cs263tx3gmetxac-3ec-3ac-4mlpawaveesdsd263avcCavcEhvcClhvChvcEpxcCpxvCpxwCdac3"
+        "dec3dmlpdac4mdcvcllicolrhdlrmdiaminfdinfdrefudtametailstuuidsgpdmvexmehdmooftraf"
+        "trextfhdtrunmfhdtrefvdeptfdtpsshtencsaizsaiosenc";
+    std::string order;
     for (const BoxRow& row : box_table()) {
         EXPECT_EQ(find_box_row(row.type), &row);
+        BoxNode node;
+        node.type = row.type;
+        order += box_type_text(node);
     }
+    EXPECT_EQ(order, kOrder);
+    EXPECT_EQ(box_table().size(), 92U);
     EXPECT_EQ(find_box_row(fourcc("free")), nullptr);
-    EXPECT_EQ(box_table().front().type, fourcc("ftyp"));
-    EXPECT_EQ(box_table().back().type, fourcc("senc"));
 }
 
 TEST(BoxTable, TellsFiftySevenTypesForTheTree) {
