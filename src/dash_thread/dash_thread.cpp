@@ -23,6 +23,7 @@
 #include "src/fmp4demuxer/fmp4demux.h"
 #include "src/log/findings.h"
 #include "src/log/logging.h"
+#include "src/log/rule_families.h"
 #include "src/util/player_clock.h"
 #include "src/util/text.h"
 
@@ -31,7 +32,6 @@ namespace {
 
 constexpr int kLoadAgain = 1;
 constexpr int kDone = 0;
-constexpr std::uint32_t kBroadcastRules = 4;
 constexpr std::size_t kKeyBits = 128;
 constexpr std::size_t kKeyIdDigits = 32;
 constexpr std::ptrdiff_t kMostTrees = 4;  // held by all workers
@@ -212,7 +212,7 @@ int dash_thread(std::FILE* file, OptText text, const DashJob& job, Status& statu
     }
     DashPlayer& player = *reading.player;
     attach(job, player);
-    if (has_checkpoint_set(job.loglist, kBroadcastRules)) {
+    if (has_checkpoint_set(job.loglist, kAc4BroadcastRules)) {
         status |= broadcast_mpd_validation(*reading.info, job.loglist);
     }
     if (player.segment_type == SegmentElementType::kNone) {

@@ -13,6 +13,7 @@
 #include "src/fmp4demuxer/output_names.h"
 #include "src/fmp4demuxer/outputs.h"
 #include "src/log/logging.h"
+#include "src/log/rule_families.h"
 #include "src/records/manifest_context.h"
 #include "src/util/language.h"
 #include "src/util/text.h"
@@ -20,8 +21,6 @@
 
 namespace mediasplit {
 namespace {
-
-constexpr std::uint32_t kAc4Rules = kAc4OverTheTopRules | kAc4BroadcastRules;
 
 // The codecs that the manifest tells of the stream; none for a plain file.
 OptText manifest_codecs(const Mp4Demuxer& demuxer) {

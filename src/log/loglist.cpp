@@ -7,6 +7,8 @@
 #include <new>
 #include <span>
 
+#include "src/log/rule_families.h"
+
 namespace mediasplit {
 
 namespace {
@@ -25,8 +27,10 @@ struct RuleFamily {
 };
 
 constexpr RuleFamily kRuleFamilies[] = {
-    {1, "21"},  {2, "31"},  {4, "32"},   {8, "43"}, {16, "42"},
-    {32, "41"}, {64, "44"}, {128, "45"}, {6, "3"},  {248, "4"},
+    {kEac3Rules, "21"},           {kAc4OverTheTopRules, "31"},   {kAc4BroadcastRules, "32"},
+    {kPrismaManifestRules, "43"}, {kPrismaBroadcastRules, "42"}, {kPrismaOverTheTopRules, "41"},
+    {kPrismaNewerRules, "44"},    {kPrismaNewestRules, "45"},    {kAc4Rules, "3"},
+    {kPrismaRules, "4"},
 };
 
 }  // namespace

@@ -3,15 +3,12 @@
 #include <cstddef>
 #include <string_view>
 
+#include "src/log/rule_families.h"
 #include "src/records/run_options.h"
 
 namespace mediasplit {
 
 namespace {
-
-// Masks of the rule families that exclude another one.
-constexpr std::uint32_t kBroadcastAc4Mask = 4;
-constexpr std::uint32_t kBroadcastVideoMask = 16;
 
 void append(std::int32_t& count, CheckpointText* list, std::string_view text) {
     if (static_cast<std::size_t>(count) >= kCheckpointCapacity) {
@@ -35,10 +32,10 @@ void binary_checkpoint_init(std::int32_t& count, CheckpointText* list) {
 }
 
 void force_checkpoint_init(std::int32_t& count, CheckpointText* list) {
-    if (!has_family(count, list, kBroadcastAc4Mask)) {
+    if (!has_family(count, list, kAc4BroadcastRules)) {
         append(count, list, "310000");
     }
-    if (!has_family(count, list, kBroadcastVideoMask)) {
+    if (!has_family(count, list, kPrismaBroadcastRules)) {
         append(count, list, "410000");
     }
     append(count, list, "440000");

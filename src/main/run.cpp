@@ -9,6 +9,7 @@
 
 #include "src/file_util/output_folder.h"
 #include "src/log/logging.h"
+#include "src/log/rule_families.h"
 #include "src/main/command_line.h"
 #include "src/main/interruption.h"
 #include "src/main/process.h"
@@ -20,8 +21,6 @@
 namespace mediasplit {
 
 namespace {
-
-constexpr std::uint32_t kBroadcastAc4Mask = 4;
 
 bool is_ts(FormatId format) {
     return format == FormatId::kTsSeries || format == FormatId::kTsFile;
@@ -44,7 +43,7 @@ std::optional<int> prepare_folders() {
 // Tells of options that the input makes no use of. Results are dropped: a track id that can't be
 // one is deliberately an error that doesn't end or fail the run.
 void report_idle_options(const Loglist* loglist) {
-    if (has_checkpoint_set(loglist, kBroadcastAc4Mask) && g_file_format != FormatId::kDash &&
+    if (has_checkpoint_set(loglist, kAc4BroadcastRules) && g_file_format != FormatId::kDash &&
         g_file_format != FormatId::kMp4) {
         static_cast<void>(Logging_err_type_check(nullptr, 2004, {}));
     }

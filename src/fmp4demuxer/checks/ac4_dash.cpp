@@ -6,6 +6,7 @@
 #include "src/dash_reader/inherited.h"
 #include "src/fmp4demuxer/checks/ac4_broadcast.h"
 #include "src/fmp4demuxer/checks/ac4_record.h"
+#include "src/log/rule_families.h"
 #include "src/video/codec_text.h"
 
 namespace mediasplit {

@@ -12,6 +12,7 @@
 #include "src/fmp4demuxer/checks/audio_entry.h"
 #include "src/fmp4demuxer/checks/manifest_records.h"
 #include "src/log/logging.h"
+#include "src/log/rule_families.h"
 
 namespace mediasplit {
 namespace {

@@ -10,10 +10,6 @@
 
 namespace mediasplit {
 
-// Families of rules (has_checkpoint_set) that are for one way of delivery.
-inline constexpr std::uint32_t kAc4OverTheTopRules = 2;
-inline constexpr std::uint32_t kAc4BroadcastRules = 4;
-
 inline constexpr std::uint32_t kAc4LegacyPresentation = 1;
 inline constexpr std::uint32_t kAc4ImsPresentation = 2;  // immersive stereo
 

@@ -6,6 +6,7 @@
 #include "src/fmp4demuxer/checks/prisma_profiles.h"
 #include "src/fmp4demuxer/checks/prisma_stream.h"
 #include "src/fmp4demuxer/checks/prisma_tables.h"
+#include "src/log/rule_families.h"
 #include "src/mp4demuxer/mp4demuxer.h"
 
 namespace mediasplit {

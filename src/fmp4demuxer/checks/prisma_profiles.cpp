@@ -9,6 +9,7 @@
 #include "src/fmp4demuxer/checks/prisma_container.h"
 #include "src/fmp4demuxer/checks/prisma_stream.h"
 #include "src/fmp4demuxer/checks/prisma_tables.h"
+#include "src/log/rule_families.h"
 #include "src/mp4demuxer/mp4demuxer.h"
 #include "src/video/codec_text.h"
 #include "src/video/level_rules.h"

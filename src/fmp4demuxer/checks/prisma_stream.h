@@ -14,11 +14,6 @@
 
 namespace mediasplit {
 
-// Families of rules (has_checkpoint_set): those on manifests, and those on the bitstream with what
-// it says in a manifest.
-inline constexpr std::uint32_t kPrismaManifestRules = 8;
-inline constexpr std::uint32_t kPrismaDashRules = 32;
-
 // "codecs" of the Representation, or of its AdaptationSet, and behind commas those of the
 // Representations with the same initialization segment (texts of under 100 characters). A comma
 // stands also for one without the attribute. At most 512 characters.

@@ -10,6 +10,7 @@
 #include "src/fmp4demuxer/checks/prisma_profiles.h"
 #include "src/fmp4demuxer/checks/prisma_stream.h"
 #include "src/log/logging.h"
+#include "src/log/rule_families.h"
 #include "src/video/codec_text.h"
 
 namespace mediasplit {
@@ -25,9 +26,9 @@ struct ProfileRow {
 };
 
 constexpr std::array<std::uint32_t, 2> kAlways{0, 0};
-constexpr std::array<std::uint32_t, 2> kIncompatible{8, 8};
-constexpr std::array<std::uint32_t, 2> kCompatible{32, 16};
-constexpr std::array<std::uint32_t, 2> kNewer{64, 64};
+constexpr std::array<std::uint32_t, 2> kIncompatible{kPrismaManifestRules, kPrismaManifestRules};
+constexpr std::array<std::uint32_t, 2> kCompatible{kPrismaOverTheTopRules, kPrismaBroadcastRules};
+constexpr std::array<std::uint32_t, 2> kNewer{kPrismaNewerRules, kPrismaNewerRules};
 
 constexpr ProfileRow kAvcProfiles[] = {
     {9, kCompatible, prsm_profile_9_sampleentry_validation},

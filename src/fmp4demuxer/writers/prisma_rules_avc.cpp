@@ -5,6 +5,7 @@
 #include "src/fmp4demuxer/dash_context.h"
 #include "src/fmp4demuxer/writers/prisma_rules.h"
 #include "src/log/logging.h"
+#include "src/log/rule_families.h"
 #include "src/mp4demuxer/mp4demuxer.h"
 #include "src/video/codec_text.h"
 #include "src/video/level_rules.h"
@@ -52,7 +53,7 @@ std::string collect_codecs(const DashContext& context) {
 }
 
 Status check_manifest_codec(const Mp4Demuxer& demuxer, const Mp4Stream& stream, const AvcSps& sps) {
-    if (!has_checkpoint_set(demuxer.loglist, kPrismaDashRules) ||
+    if (!has_checkpoint_set(demuxer.loglist, kPrismaOverTheTopRules) ||
         demuxer.input_mode != kInputDash || demuxer.dash_context == nullptr) {
         return Status::kOk;
     }

@@ -8,6 +8,7 @@
 #include "src/fmp4demuxer/dash_context.h"
 #include "src/fmp4demuxer/writers/prisma_rules.h"
 #include "src/log/logging.h"
+#include "src/log/rule_families.h"
 #include "src/mp4demuxer/mp4demuxer.h"
 #include "src/records/manifest_context.h"
 #include "src/video/codec_text.h"
@@ -206,7 +207,7 @@ Status inspect_hevc_sps(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan from_un
     if (std::fabs(frame_rate) < kNoFrameRate) {
         frame_rate = container_rate;
     }
-    if (has_checkpoint_set(demuxer.loglist, kPrismaDashRules) &&
+    if (has_checkpoint_set(demuxer.loglist, kPrismaOverTheTopRules) &&
         stream.px_config->profile == kSingleLayerProfile) {
         status |= check_colour(demuxer, stream, *sps, frame_rate);
     }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "src/log/logging.h"
+#include "src/log/rule_families.h"
 #include "src/util/text.h"
 #include "src/video/codec_text.h"
 
@@ -19,7 +20,6 @@ namespace mediasplit {
 namespace {
 
 // The rule family in which duplicates count as one stream.
-constexpr std::uint32_t kMergingMask = 16;
 // With how many alike records another one is compared. No playlist has as many; the bound keeps
 // the time linear in its length.
 constexpr std::size_t kMostAlike = 64;
@@ -92,7 +92,7 @@ void mark_streams_with_renditions(PlaylistRecord& playlist) {
 }  // namespace
 
 Status merge_same_streams(PlaylistRecord& playlist, Loglist* loglist) {
-    const bool merging = has_checkpoint_set(loglist, kMergingMask);
+    const bool merging = has_checkpoint_set(loglist, kPrismaBroadcastRules);
     Status status = Status::kOk;
     std::map<StreamIdentity, std::vector<VariantStream*>> same_streams;
     for (VariantStream& stream : playlist.streams) {

@@ -8,6 +8,7 @@
 #include "src/dash_reader/inherited.h"
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"
+#include "src/log/rule_families.h"
 #include "src/main/checks/dash_manifest.h"
 #include "src/main/flows/flows.h"
 #include "src/main/workers/manifest_file.h"
@@ -20,7 +21,6 @@ namespace {
 
 constexpr std::int32_t kThreadsLine = 2217;      // told by 3005
 constexpr std::uint32_t kWorkerStack = 0x40000;  // bytes
-constexpr std::uint32_t kBroadcastRules = 4;
 constexpr std::uint32_t kTimingGroup = 1;
 
 // --- Reading the input ---
@@ -157,7 +157,7 @@ Status run_dash(Loglist* loglist) {
     const DashInfo& info = *read.info;
     Status status = read.status | dash_manifest_validation(&info, loglist);
     for (std::size_t i = 0; i < info.periods.size(); ++i) {
-        if (has_checkpoint_set(loglist, kBroadcastRules)) {
+        if (has_checkpoint_set(loglist, kAc4BroadcastRules)) {
             status |=
                 broadcast_dash_manifest_validation(&info, static_cast<std::int32_t>(i), loglist);
         }

@@ -9,6 +9,7 @@
 #include "src/file_util/path_names.h"
 #include "src/hls/playlist_reader.h"
 #include "src/log/logging.h"
+#include "src/log/rule_families.h"
 #include "src/main/checks/master_playlist.h"
 #include "src/main/flows/flows.h"
 #include "src/main/workers/manifest_file.h"
@@ -22,7 +23,6 @@ namespace {
 
 constexpr std::size_t kLongestInput = 1024;
 constexpr std::int32_t kThreadsLine = 1354;  // told by 3005
-constexpr std::uint32_t kIframeStreamsMask = 32;
 
 // --- Reading the input ---
 
@@ -167,7 +167,7 @@ std::vector<std::int32_t> group_capacities(const PlaylistRecord& playlist,
 Status follow_master(PlaylistRecord& playlist, Loglist* loglist) {
     std::uint32_t group_count = 0;
     Status status = master_manifest_validation(playlist, loglist, group_count);
-    const bool with_iframes = has_checkpoint_set(loglist, kIframeStreamsMask);
+    const bool with_iframes = has_checkpoint_set(loglist, kPrismaOverTheTopRules);
     const auto is_enabled = [](const auto& record) { return record.enabled != 0; };
 
     WorkersSetup setup;
