@@ -22,8 +22,13 @@ endif()
 
 # Options of test code: quick to compile, and without the warnings of GCC 12 that are known to be wrong
 # about vectors made from lists.
+set(test_optimization -O1)
+if(MEDIASPLIT_SANITIZE)
+  set(test_optimization -O0)  # takes half the time
+endif()
 add_library(mediasplit_test_options INTERFACE)
-target_compile_options(mediasplit_test_options INTERFACE -O1
+target_compile_options(mediasplit_test_options INTERFACE
+  ${test_optimization}
   $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread
     -Wno-mismatched-new-delete>)
 
