@@ -8,6 +8,7 @@ namespace mediasplit {
 namespace {
 
 extern "C" void end_run(int signal) {
+    stop_fetched_files();
     remove_all_fetched_files();
     // The handler is installed for one call: this one meets the system's own.
     static_cast<void>(std::raise(signal));

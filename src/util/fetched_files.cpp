@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <mutex>
 
 namespace mediasplit {
@@ -21,6 +22,37 @@ struct Note {
 
 std::atomic<Note*> first_note = nullptr;
 std::mutex change;
+
+std::atomic<bool> run_ends = false;
+// Threads that may be about to create a file; 1 if this one is. A signal between the two finds this
+// thread counted among the others, which costs some waiting.
+std::atomic<int> creating = 0;
+thread_local std::atomic<int> creating_here = 0;
+
+// While one stands, stop_fetched_files() waits.
+class Creation {
+public:
+    Creation() {
+        ++creating;
+        ++creating_here;
+        while (run_ends) {
+            stand_back();
+        }
+    }
+    Creation(const Creation&) = delete;
+    Creation& operator=(const Creation&) = delete;
+    ~Creation() {
+        --creating_here;
+        --creating;
+    }
+
+private:
+    static void stand_back() {
+        --creating;
+        ::pause();
+        ++creating;
+    }
+};
 
 Note* find_note(const auto& wanted) {
     for (Note* note = first_note.load(); note != nullptr; note = note->next) {
@@ -57,6 +89,16 @@ void note_fetched_file(const std::string& path) {
     note->in_use.store(true);
 }
 
+std::FILE* create_fetched_file(const std::string& path) {
+    const Creation creation;
+    note_fetched_file(path);
+    std::FILE* const file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) {
+        forget_fetched_file(path);
+    }
+    return file;
+}
+
 void forget_fetched_file(const std::string& path) {
     const std::lock_guard lock(change);
     if (Note* const note = find_path(path)) {
@@ -68,6 +110,15 @@ int remove_fetched_file(const std::string& path) {
     const int result = std::remove(path.c_str());
     forget_fetched_file(path);
     return result;
+}
+
+void stop_fetched_files() {
+    run_ends = true;
+    constexpr int kTurns = 1000;
+    constexpr timespec kTurn{0, 1'000'000};  // a millisecond
+    for (int turn = 0; turn < kTurns && creating > creating_here; ++turn) {
+        static_cast<void>(::nanosleep(&kTurn, nullptr));
+    }
 }
 
 void remove_all_fetched_files() {

@@ -111,10 +111,8 @@ int url2file(OptText url, OptText path, std::uint64_t most_bytes) {
         return kNoFile;
     }
     const std::string local = path.str();
-    note_fetched_file(local);
-    std::FILE* const file = std::fopen(local.c_str(), "wb");
+    std::FILE* const file = create_fetched_file(local);
     if (file == nullptr) {
-        forget_fetched_file(local);
         return kNoFile;
     }
     Target target{file, most_bytes};

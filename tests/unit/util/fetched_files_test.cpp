@@ -1,7 +1,10 @@
 #include "src/util/fetched_files.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -51,6 +54,38 @@ TEST(FetchedFiles, NameLongerThanAnyOfTheProgramIsLeftAlone) {
     const std::string name(5000, 'x');
     note_fetched_file(name);
     EXPECT_NE(remove_fetched_file(name), 0);
+}
+
+// In a process of its own, which ends like a run that is told to.
+TEST(FetchedFiles, NoThreadCreatesAFileOnceTheRunEnds) {
+    const TempFolder folder;
+    const auto end_amid_threads = [&folder] {
+        for (int t = 0; t < 8; ++t) {
+            std::thread([&folder, t] {
+                for (int i = 0;; ++i) {
+                    const std::string path =
+                        folder.path(std::to_string(t) + "_" + std::to_string(i));
+                    (void)std::fclose(create_fetched_file(path));
+                    (void)remove_fetched_file(path);
+                }
+            }).detach();
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        stop_fetched_files();
+        remove_all_fetched_files();
+        ::_exit(0);
+    };
+    EXPECT_EXIT(end_amid_threads(), testing::ExitedWithCode(0), "");
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+}
+
+TEST(FetchedFiles, FileThatCannotBeCreatedIsNotNoted) {
+    const TempFolder folder;
+    EXPECT_EQ(create_fetched_file(folder.path("none/a")), nullptr);
+    std::filesystem::create_directory(folder.path("none"));
+    (void)folder.write("none/a", "x");
+    remove_all_fetched_files();
+    EXPECT_TRUE(std::filesystem::exists(folder.path("none/a")));
 }
 
 TEST(FetchedFiles, ManyThreadsKeepTheirFilesApart) {
