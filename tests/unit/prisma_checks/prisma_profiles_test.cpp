@@ -196,6 +196,18 @@ TEST(PrismaProfiles, LayoutOfAVariantStreamMayKeepItsQuotationMarks) {
     }
 }
 
+TEST(PrismaProfiles, VideoRangeMayKeepItsQuotationMarks) {
+    for (const auto& [mode, wrong] : {std::pair{kVariant, 4162}, std::pair{kIframe, 4163}}) {
+        Scenario s = profile_8(mode);
+        s.context.video_range = "\"PQ\"";
+        EXPECT_EQ(findings(s), Ids{}) << mode;
+        for (const char* other : {"\"SDR\"", "\"", "", "\"\""}) {
+            s.context.video_range = other;
+            EXPECT_EQ(findings(s), Ids{wrong}) << other << " in mode " << mode;
+        }
+    }
+}
+
 TEST(PrismaProfiles, TracksWithoutConfigurationFail) {
     Scenario s;
     s.config_box.clear();
