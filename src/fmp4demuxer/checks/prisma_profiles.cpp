@@ -158,7 +158,7 @@ Status check_colour(const ProfileStream& track) {
             status |= check_colour_values(
                 prisma, *track.colour,
                 {vui.matrix_coeffs, vui.colour_primaries, vui.transfer_characteristics},
-                prisma::kEntrySpsColour);
+                track.rules.sps_colour);
         }
     }
     if ((stream.marks & kMarkColr) == 0) {

@@ -121,6 +121,16 @@ TEST(PrismaProfiles, UnknownCompatibleIdSkipsBrandAndColour) {
     EXPECT_EQ(findings(s), Ids{4211});
 }
 
+TEST(PrismaProfiles, Profile10AsksForTheColourOfItsBoxOnly) {
+    Scenario s = profile_10(kFile);
+    s.entry = "hvc1";
+    s.matrix = 1;
+    s.primaries = 1;
+    EXPECT_EQ(findings(s), Ids{4219});
+    s.colr->matrix = 1;
+    EXPECT_EQ(findings(s), (Ids{4207, 4219}));
+}
+
 TEST(PrismaProfiles, CompatibleId4TakesItsBrandAndTransferFromTheParameterSet) {
     Scenario s = profile_8(kFile);
     s.compatible_id = 4;
