@@ -126,6 +126,9 @@ struct DsiHead {
     std::array<std::uint8_t, 16> program_uuid{};
 };
 
+// What comparisons of a box with its frames may take beyond the share that each has.
+inline constexpr std::uint32_t kSpareWorkOfABox = std::uint32_t{1} << 19;
+
 // A parsed `dac4` payload (ac4_dsi_v1).
 struct DsiRecord : DsiHead {
     DsiBitRate bit_rate_info;
@@ -133,6 +136,9 @@ struct DsiRecord : DsiHead {
     std::uint32_t presentation_parse_end = 0;    // index + 1 of the version 0 presentation at which
                                                  // the reading stopped
     std::uint32_t box_count = 0;                 // payloads read into this record, the last counts
+
+    // Note of the comparison: what is left of it. With nothing left it has ended for good.
+    std::uint32_t spare_work = kSpareWorkOfABox;
 };
 
 // What the box of a stream should say, made from a frame.

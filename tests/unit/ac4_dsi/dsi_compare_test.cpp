@@ -491,6 +491,95 @@ TEST(DsiComparison, TrackThatWasNotComparedHasNoSphereIndicatorToCheck) {
     EXPECT_EQ(sink.ids(), Ids{});
 }
 
+// Presentations of as many groups and substreams; their ids are 1, 2 and so on.
+DsiRecord record_of_shape(std::uint32_t presentations, std::uint32_t groups,
+                          std::uint32_t substreams) {
+    DsiSubstreamGroup group;
+    group.b_channel_coded = 1;
+    group.n_substreams = substreams;
+    group.substreams.resize(substreams);
+    DsiPresentation presentation = full_dsi_record().presentations[0];
+    presentation.n_substream_groups_minus2 = groups - 2;
+    presentation.groups.assign(groups, group);
+    DsiRecord record = single_record(presentation);
+    record.n_presentations = presentations;
+    record.presentations.assign(presentations, presentation);
+    for (std::uint32_t p = 0; p < presentations; ++p) {
+        record.presentations[p].b_extended_presentation_id = 1;
+        record.presentations[p].extended_presentation_id = p + 1;
+    }
+    return record;
+}
+
+void change_all_substreams(DsiRecord* record) {
+    for (DsiPresentation& presentation : record->presentations) {
+        for (DsiSubstreamGroup& group : presentation.groups) {
+            for (DsiSubstream& substream : group.substreams) {
+                substream.dsi_sf_multiplier = 1;
+            }
+        }
+    }
+}
+
+TEST(DsiComparison, FramesThatLackAllIdsAreToldInFullOnceAndNotForEver) {
+    DsiRecord stream = record_of_shape(64, 2, 0);
+    for (DsiPresentation& presentation : stream.presentations) {
+        presentation.b_presentation_id = 0;
+        presentation.extended_presentation_id = 0;
+    }
+    const ReferenceDsi reference = reference_of(stream);
+    DsiRecord box = record_of_shape(64, 2, 0);
+    RecordingSink sink;
+    EXPECT_EQ(ac4_Ac4SpecificBox_comp(&reference, &box, true, nullptr), Status::kRuleBroken);
+    EXPECT_EQ(sink.count(4484), 64U * 64U);
+    EXPECT_EQ(sink.count(4417), 64U);
+    EXPECT_TRUE(sink.notes().empty());
+    sink.clear();
+    for (int i = 0; i < 1000; ++i) {
+        static_cast<void>(ac4_Ac4SpecificBox_comp(&reference, &box, true, nullptr));
+    }
+    EXPECT_LT(sink.count(4484), 64U * 64U);
+    EXPECT_EQ(sink.notes(),
+              std::vector<std::string>{"Frames of an AC-4 track were no longer compared with its "
+                                       "box: they ask for too much."});
+    sink.clear();
+    EXPECT_EQ(ac4_Ac4SpecificBox_comp(&reference, &box, true, nullptr), Status::kOk);
+    EXPECT_EQ(sink.ids(), Ids{});
+}
+
+TEST(DsiComparison, FramesThatNameLongGroupsAllOverEndTheComparison) {
+    const ReferenceDsi reference = reference_of(record_of_shape(64, 8, 128));
+    DsiRecord box = record_of_shape(64, 8, 128);
+    change_all_substreams(&box);
+    RecordingSink sink;
+    for (int i = 0; i < 1000; ++i) {
+        static_cast<void>(ac4_Ac4SpecificBox_comp(&reference, &box, true, nullptr));
+    }
+    EXPECT_GT(sink.count(4455), 1000U);
+    EXPECT_LT(sink.count(4455), 5000U);
+    EXPECT_EQ(sink.notes().size(), 1U);
+    // Frames that weren't compared may have had what the box announces.
+    box.presentations[0].stream_orvel_sphere_indicator = 0;
+    sink.clear();
+    EXPECT_EQ(ac4_check_sphere_indicators(box, nullptr), Status::kOk);
+    EXPECT_EQ(sink.ids(), Ids{});
+}
+
+TEST(DsiComparison, LargeFramesWithFindingsAreComparedForEver) {
+    const ReferenceDsi reference = reference_of(record_of_shape(20, 5, 2));
+    DsiRecord box = record_of_shape(20, 5, 2);
+    for (DsiPresentation& presentation : box.presentations) {
+        presentation.mdcompat = 1;
+        presentation.groups[4].substreams[1].dsi_sf_multiplier = 1;
+    }
+    for (int i = 0; i < 3; ++i) {
+        RecordingSink sink;
+        static_cast<void>(ac4_Ac4SpecificBox_comp(&reference, &box, true, nullptr));
+        EXPECT_EQ(sink.ids().size(), 40U);
+        EXPECT_EQ(box.spare_work, kSpareWorkOfABox);
+    }
+}
+
 // A configuration behind 5 that both sides share has no skip bytes on either.
 TEST(DsiComparison, SkipBytesAreComparedForConfigsBehindFive) {
     DsiRecord stream = record_of_two();
