@@ -46,14 +46,14 @@ void update_head(const AnalysisRecord& analysis, DsiHead* head) {
 }
 
 std::uint32_t update_presentation(std::uint32_t index, const AnalysisRecord& analysis,
-                                  DsiPresentation* out) {
+                                  std::uint32_t* named_substreams, DsiPresentation* out) {
     static_cast<DsiPresentationFields&>(*out) = DsiPresentationFields{};
     const std::int32_t version = analysis.presentations[index].presentation_version;
     out->version = static_cast<std::uint32_t>(version);
     if (version == 0) {
         return update_ac4_presentation_v0_dsi(index, analysis, out);
     }
-    return version <= 2 ? update_presentation_v1_dsi(index, analysis, out) : 0;
+    return version <= 2 ? update_presentation_v1_dsi(index, analysis, named_substreams, out) : 0;
 }
 
 }  // namespace
@@ -90,6 +90,7 @@ void orv_ac4descgen_init_mp4_descriptor(ReferenceDsi* reference) {
     reference->data_reference_index = 0;
     reference->channel_count = 0;
     reference->sampling_frequency = 0;
+    reference->named_substreams = 0;
 }
 
 std::uint32_t orv_ac4descgen_update_AC4SampleEntry(DescriptorGenerator* generator,
@@ -106,8 +107,10 @@ std::uint32_t orv_ac4descgen_update_AC4SampleEntry(DescriptorGenerator* generato
     if (reference->presentations.size() < kept) {
         reference->presentations.resize(kept);
     }
+    reference->named_substreams = 0;
     for (std::uint32_t i = 0; i < kept; ++i) {
-        generator->warnings |= update_presentation(i, analysis, &reference->presentations[i]);
+        generator->warnings |= update_presentation(i, analysis, &reference->named_substreams,
+                                                   &reference->presentations[i]);
     }
     if (reference->n_presentations > kept) {
         generator->warnings |= kDescriptorPresentations;

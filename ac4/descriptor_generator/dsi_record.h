@@ -141,12 +141,20 @@ struct DsiRecord : DsiHead {
     std::uint32_t spare_work = kSpareWorkOfABox;
 };
 
+// Substreams of a frame that are described. A few bytes may name a group of 128 substreams hundreds
+// of times; sound frames stay far below.
+inline constexpr std::uint32_t kMostNamedSubstreams = 4096;
+
 // What the box of a stream should say, made from a frame.
 struct ReferenceDsi : DsiHead {
     // Of the sample entry.
     std::uint32_t data_reference_index = 0;
     std::uint32_t channel_count = 0;
     std::uint32_t sampling_frequency = 0;  // Hz, in 16 bits
+
+    // Of all groups of all presentations, each as often as it is named. Past kMostNamedSubstreams
+    // the lists of groups are short.
+    std::uint32_t named_substreams = 0;
 
     // At most 64, where n_presentations may say more. Entries behind the frame's presentations may
     // be left from earlier frames: they keep their memory.

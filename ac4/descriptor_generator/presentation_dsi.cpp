@@ -115,7 +115,7 @@ void set_core(const AnalysisPresentation& presentation, DsiPresentation* out) {
 }
 
 void set_groups(const AnalysisPresentation& presentation, const AnalysisRecord& analysis,
-                DsiPresentation* out) {
+                std::uint32_t* named_substreams, DsiPresentation* out) {
     if (out->presentation_config_v1 == kDsiConfigCoded && presentation.n_substream_groups >= 2) {
         out->n_substream_groups_minus2 =
             static_cast<std::uint32_t>(presentation.n_substream_groups - 2);
@@ -127,9 +127,14 @@ void set_groups(const AnalysisPresentation& presentation, const AnalysisRecord& 
         static const AnalysisGroup kNoGroup;
         const std::int32_t number = presentation.groups[i];
         const bool kept = number >= 0 && static_cast<std::size_t>(number) < analysis.groups.size();
-        update_ac4_substream_group_dsi(
-            kept ? analysis.groups[static_cast<std::size_t>(number)] : kNoGroup, analysis,
-            &out->groups[i]);
+        const AnalysisGroup& group =
+            kept ? analysis.groups[static_cast<std::size_t>(number)] : kNoGroup;
+        *named_substreams += group.listed;
+        if (*named_substreams > kMostNamedSubstreams) {
+            out->groups.resize(i);
+            return;
+        }
+        update_ac4_substream_group_dsi(group, analysis, &out->groups[i]);
     }
 }
 
@@ -224,7 +229,7 @@ void update_ac4_substream_group_dsi(const AnalysisGroup& group, const AnalysisRe
 }
 
 std::uint32_t update_presentation_v1_dsi(std::uint32_t index, const AnalysisRecord& analysis,
-                                         DsiPresentation* out) {
+                                         std::uint32_t* named_substreams, DsiPresentation* out) {
     if (index >= kAnalysisPresentations) {
         return kDescriptorPresentations;
     }
@@ -241,7 +246,7 @@ std::uint32_t update_presentation_v1_dsi(std::uint32_t index, const AnalysisReco
     out->b_presentation_filter = bit(presentation.b_presentation_filter);
     out->b_enable_presentation = bit(presentation.b_enable_presentation);
     out->b_multi_pid = bit(presentation.b_multi_pid);
-    set_groups(presentation, analysis, out);
+    set_groups(presentation, analysis, named_substreams, out);
     out->b_pre_virtualized = bit(presentation.b_pre_virtualized);
     add_emdf_substreams(presentation, out);
     out->de_indicator = bit(has_dialogue_enhancement(presentation, analysis));

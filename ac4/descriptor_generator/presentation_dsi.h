@@ -8,9 +8,10 @@
 namespace mediasplit {
 
 // Fill a presentation whose fields are cleared, with the version set, from the frame's presentation
-// of the index. Return warnings of the generator.
+// of the index. Return warnings of the generator. `named_substreams` counts those of the frame;
+// groups past kMostNamedSubstreams are left out.
 std::uint32_t update_presentation_v1_dsi(std::uint32_t index, const AnalysisRecord& analysis,
-                                         DsiPresentation* out);
+                                         std::uint32_t* named_substreams, DsiPresentation* out);
 std::uint32_t update_ac4_presentation_v0_dsi(std::uint32_t index, const AnalysisRecord& analysis,
                                              DsiPresentation* out);
 

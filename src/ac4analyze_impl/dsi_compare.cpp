@@ -159,6 +159,9 @@ public:
 
     Status run() {
         if (heads()) {
+            if (reference_.named_substreams > kMostNamedSubstreams) {
+                work_ = most_work();  // not all of the frame is described
+            }
             for (U32 p = 0; p < record_.n_presentations && !asks_too_much(); ++p) {
                 if (!presentation(p)) {
                     break;

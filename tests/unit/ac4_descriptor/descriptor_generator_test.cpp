@@ -284,6 +284,43 @@ TEST_F(Generator, FrameOf65PresentationsKeeps64) {
     EXPECT_EQ(reference_.n_presentations, 64U);
 }
 
+// Presentations that name one group of 128 substreams eight times: 1,024 in each.
+BuildFrame frame_of_long_groups(std::size_t presentations) {
+    BuildFrame frame = simple_stereo_frame();
+    frame.presentations[0].config = 5;
+    frame.presentations[0].groups.assign(8, 0);
+    frame.presentations.resize(presentations, frame.presentations[0]);
+    for (std::size_t i = 0; i < presentations; ++i) {
+        frame.presentations[i].id = static_cast<std::uint32_t>(i);
+    }
+    frame.groups[0].substreams.assign(128, frame.groups[0].substreams[0]);
+    frame.substreams = {{}, {}};
+    return frame;
+}
+
+TEST_F(Generator, GroupsPast4096SubstreamsAreLeftOutAndNotCompared) {
+    expect_box_for_frame_raises_nothing(frame_of_long_groups(4));
+    EXPECT_EQ(reference_.named_substreams, 4096U);
+    EXPECT_EQ(presentation(3).groups.at(7).substreams.size(), 128U);
+    DsiRecord box;
+    ASSERT_EQ(ac4_dsi_parser(write_dac4(record_of(reference_)), box, nullptr), 0U);
+    box.n_presentations = 64;
+
+    EXPECT_EQ(update(frame_of_long_groups(64)), 0U);
+    EXPECT_EQ(reference_.n_presentations, 64U);
+    EXPECT_EQ(presentation(3).groups.size(), 8U);
+    EXPECT_EQ(presentation(4).groups.size(), 0U);
+    EXPECT_EQ(presentation(63).groups.size(), 0U);
+    RecordingSink sink;
+    EXPECT_EQ(ac4_Ac4SpecificBox_comp(&reference_, &box, true, nullptr), Status::kOk);
+    EXPECT_EQ(sink.ids(), std::vector<int>{});
+    EXPECT_EQ(sink.notes().size(), 1U);
+
+    EXPECT_EQ(update(frame_of_long_groups(1)), 0U);
+    EXPECT_EQ(presentation().groups.size(), 8U);
+    EXPECT_EQ(reference_.named_substreams, 1024U);
+}
+
 TEST_F(Generator, SphereIndicatorFollowsTheMark) {
     struct Case {
         const char* mode;
