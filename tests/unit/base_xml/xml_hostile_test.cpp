@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 #include "base/xml_tree.h"
 
@@ -131,6 +132,31 @@ TEST(XmlHostile, ManyDeclarationsAndAttributesAreRead) {
     const EzxmlPtr root = ezxml_parse_str(text + "/>");
     EXPECT_STREQ(ezxml_attr(root.get(), "b49999"), "x");
     EXPECT_STREQ(ezxml_attr(root.get(), "a49999"), "d");
+}
+
+// Would take very long if each declaration worked the entities out anew.
+TEST(XmlHostile, ManyDocumentTypesBehindManyEntitiesAreRead) {
+    std::string text = "<!DOCTYPE r [";
+    for (int i = 0; i < 10000; ++i) {
+        text += "<!ENTITY e" + std::to_string(i) + " 'x'>";
+    }
+    text += "]>";
+    for (int i = 0; i < 200000; ++i) {
+        text += "<!DOCTYPE a[]>";
+    }
+    const EzxmlPtr root = ezxml_parse_str(text + "<r>&e9999;</r>");
+    EXPECT_STREQ(ezxml_error(root.get()), "");
+    EXPECT_STREQ(root->txt, "x");
+}
+
+TEST(XmlHostile, SecondInternalSubsetEndsTheParsing) {
+    for (const char* text :
+         {"<!DOCTYPE r [<!ENTITY a 'x'>][]><r/>", "<!DOCTYPE r []><!DOCTYPE r [] []><r/>"}) {
+        const EzxmlPtr root = ezxml_parse_str(text);
+        EXPECT_TRUE(std::string_view(ezxml_error(root.get())).ends_with("missing >")) << text;
+        EXPECT_EQ(root->name, nullptr) << text;
+    }
+    EXPECT_STREQ(ezxml_error(ezxml_parse_str("<!DOCTYPE r SYSTEM '[][]' []><r/>").get()), "");
 }
 
 TEST(XmlHostile, ManyReferencesWithoutAnEndAreRead) {
