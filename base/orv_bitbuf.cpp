@@ -105,10 +105,10 @@ void orv_bitbuf_init(orv_bitbuf* buf, const std::uint8_t* data, std::int64_t siz
 }
 
 int orv_bitbuf_skip(orv_bitbuf* buf, std::int64_t count) {
-    if (count > buf->bits_left) {
-        return 1;
-    }
     if (count >= 0) {
+        if (count > buf->bits_left) {
+            return 1;
+        }
         skip_bits_forward(buf, count);
         return 0;
     }

@@ -88,6 +88,7 @@ std::uint32_t parse_emdf_payloads_substream(Ac4MetadataState* state, int substre
             code = ac4analyze_parse_emdf_payload(state, substream, inner, payload);
         });
         if (field_ok(in)) {
+            metadata_count_bits(state, -std::int64_t{payload.size} * 8);
             ++context->payload_count;
             context->ims_present = context->ims_present || payload.id == kEmdfPayloadIms;
         }
@@ -105,7 +106,9 @@ std::uint32_t ac4analyze_parse_emdf_payloads_substream(Ac4MetadataState* state, 
     }
     SubstreamReader reader(data, size);
     FieldReader& in = reader.in;
-    return parse_emdf_payloads_substream(state, substream, in, context);
+    const std::uint32_t code = parse_emdf_payloads_substream(state, substream, in, context);
+    metadata_count_bits(state, field_position(in));
+    return code;
 }
 
 }  // namespace mediasplit

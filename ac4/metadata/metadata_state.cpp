@@ -31,6 +31,12 @@ void ac4_metadata_state_reset(Ac4MetadataState* state) {
     state->used_presentations = 0;
 }
 
+void metadata_count_bits(Ac4MetadataState* state, std::int64_t bits) {
+    if (state != nullptr) {
+        state->bits_read += bits;
+    }
+}
+
 MetadataSlot* metadata_substream_slot(Ac4MetadataState* state, int substream) {
     return state != nullptr ? use_slot(state->substreams, substream, state->used_substreams)
                             : nullptr;

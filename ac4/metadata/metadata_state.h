@@ -47,10 +47,16 @@ struct Ac4MetadataState {
     // Slots from these on were never handed out and are as they were made.
     std::size_t used_substreams = 0;
     std::size_t used_presentations = 0;
+    // What the readers of substreams went through, but for audio and payloads that they stepped
+    // over. Only counted here: whoever reads a frame clears it.
+    std::int64_t bits_read = 0;
 };
 
 // Forgets everything that was seen.
 void ac4_metadata_state_reset(Ac4MetadataState* state);
+
+// Counts bits as read, or takes those that were stepped over out again. Nothing without a state.
+void metadata_count_bits(Ac4MetadataState* state, std::int64_t bits);
 
 // Slots by number; null for a number outside them.
 MetadataSlot* metadata_substream_slot(Ac4MetadataState* state, int substream);

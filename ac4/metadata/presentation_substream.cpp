@@ -266,7 +266,10 @@ std::uint32_t ac4analyze_parse_ac4_presentation_substream(Ac4MetadataState* stat
     MetadataSlot unkept;
     MetadataSlot* slot = metadata_presentation_slot(state, presentation);
     SubstreamReader reader(data, size);
-    return parse_presentation_substream(reader.in, slot != nullptr ? *slot : unkept, facts, out);
+    const std::uint32_t code =
+        parse_presentation_substream(reader.in, slot != nullptr ? *slot : unkept, facts, out);
+    metadata_count_bits(state, field_position(reader.in));
+    return code;
 }
 
 }  // namespace mediasplit

@@ -254,10 +254,12 @@ std::uint32_t ac4analyze_get_substream_metadata(Ac4MetadataState* state, int sub
     if (!field_ok(in)) {
         return metadata_code(in);
     }
+    const std::int64_t start = field_position(in);
     MetadataSlot unkept;
     MetadataSlot* slot = metadata_substream_slot(state, substream);
     Reading reading{in, facts, *out, slot != nullptr ? *slot : unkept};
     const std::uint32_t code = read_metadata(reading, state, substream);
+    metadata_count_bits(state, field_position(in) - start);
     out->ims = reading.slot.ims;
     return metadata_is_fatal(code) ? code : code | reading.soft_codes;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "ac4/syntax/reading_limit.h"
 #include "ac4/toc_reader/channel_modes.h"
 #include "ac4/toc_reader/toc_walk.h"
 
@@ -91,6 +92,10 @@ TocTarget read_target(FieldReader& in, std::int32_t n_substreams) {
 // The head of ac4_presentation_substream (ETSI TS 103 190-2 clause 6.2.3), which an alternative
 // presentation opens with its name and targets. Targets beyond those kept are not looked at.
 int read_name_and_targets(Ac4TocReader* reader, PresentationInfo* info) {
+    if (passes_reading_limit(reader->target_bits_read,
+                             static_cast<std::uint64_t>(reader->frame_bytes))) {
+        return kTocLimit;
+    }
     const SubstreamSegment& segment = info->presentation_substream;
     orv_bitbuf bits;
     orv_bitbuf_init(&bits, reader->bits.base + segment.offset,
@@ -106,6 +111,7 @@ int read_name_and_targets(Ac4TocReader* reader, PresentationInfo* info) {
     for (std::size_t i = 0; i < n_targets && i < info->targets.size() && field_ok(in); ++i) {
         info->targets[i] = read_target(in, info->substream_total);
     }
+    reader->target_bits_read += field_position(in);
     if (in.error == FieldError::kTooLong) {
         return kTocLimit;
     }

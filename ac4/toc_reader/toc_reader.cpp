@@ -175,6 +175,7 @@ int AC4_ANALYZE_ac4toc_reader_feed(Ac4TocReader* reader, const std::uint8_t* dat
     reader->positions_known = false;
     reader->toc_unchanged = false;
     reader->table.known = false;
+    reader->target_bits_read = 0;
     return kTocOk;
 }
 

@@ -59,6 +59,7 @@ struct Ac4TocReader {
     bool rate_known = false;       // the rate calculation has seen this frame
     bool positions_known = false;  // the caches below hold for this frame
     SubstreamTable table;
+    std::int64_t target_bits_read = 0;  // of the presentations' names and targets
 
     // From frame to frame.
     AC4_ANALYZE_ac4_brcalc_state rate_state;
@@ -141,7 +142,7 @@ int AC4_ANALYZE_ac4toc_reader_get_presentation_selection_info(Ac4TocReader* read
 int AC4_ANALYZE_ac4toc_reader_get_toc_info(Ac4TocReader* reader, TocInfo* info);
 
 // Presentation `index`, with its name, targets and channel layout; `_ext` gives the rest. 0; 4 for
-// a bad index.
+// a bad index; 2 also once the frame's names and targets come to several times its size.
 int AC4_ANALYZE_ac4toc_reader_get_presentation_info(Ac4TocReader* reader, const TocInfo& toc,
                                                     std::int32_t index, PresentationInfo* info);
 int AC4_ANALYZE_ac4toc_reader_get_presentation_info_ext(Ac4TocReader* reader, const TocInfo& toc,

@@ -8,6 +8,7 @@
 #include "ac4/metadata/emdf_payloads.h"
 #include "ac4/metadata/metadata_codes.h"
 #include "ac4/metadata/oamd_substream.h"
+#include "ac4/syntax/reading_limit.h"
 #include "src/ac4analyze_impl/language_tag.h"
 
 namespace mediasplit {
@@ -28,6 +29,14 @@ struct FrameWalk {
 int take_metadata_code(FrameWalk& walk, std::uint32_t code) {
     walk.result->status |= code;
     return metadata_is_fatal(code) ? kAnalyzeMetadata : kAnalyzeOk;
+}
+
+// Whether so much of the frame's metadata was read that no more of it is, which is then told.
+bool is_read_enough(FrameWalk& walk) {
+    const bool enough =
+        passes_reading_limit(walk.analyzer->frame_data.bits_read, walk.result->frame_size);
+    walk.result->status |= enough ? kStatusNotUnderstood : 0;
+    return enough;
 }
 
 // Takes a table of contents reader's code; 0 or 33.
@@ -203,6 +212,9 @@ int read_object_timing(FrameWalk& walk, const AnalysisSubstream& substream) {
 
 int read_substream_metadata(FrameWalk& walk, const AnalysisPresentation& presentation,
                             std::int32_t place, AnalysisSubstream* substream) {
+    if (is_read_enough(walk)) {
+        return kAnalyzeOk;
+    }
     const SubstreamInfo& info = substream->info;
     const std::int32_t role = static_cast<std::size_t>(place) < presentation.group_roles.size()
                                   ? presentation.group_roles[static_cast<std::size_t>(place)]
@@ -264,6 +276,9 @@ int analyze_substream(FrameWalk& walk, AnalysisPresentation* presentation, std::
 }
 
 int read_emdf_segment(FrameWalk& walk, std::int32_t slot, const SubstreamSegment& segment) {
+    if (is_read_enough(walk)) {
+        return kAnalyzeOk;
+    }
     EmdfContext context;
     return take_metadata_code(walk,
                               ac4analyze_parse_emdf_payloads_substream(
@@ -305,6 +320,9 @@ int analyze_emdf(FrameWalk& walk, AnalysisPresentation* presentation) {
 int read_presentation_substream(FrameWalk& walk, const PresentationInfo& info,
                                 const PresentationInfoExt& ext,
                                 AnalysisPresentation* presentation) {
+    if (is_read_enough(walk)) {
+        return kAnalyzeOk;
+    }
     PresentationFacts facts;
     facts.b_alternative = ext.b_alternative;
     facts.b_pres_ndot = ext.b_pres_ndot;
@@ -364,6 +382,7 @@ int analyze_presentations(Ac4Analyzer* analyzer, const std::uint8_t* frame,
     walk.analyzer = analyzer;
     walk.frame = frame;
     walk.result = result;
+    analyzer->frame_data.bits_read = 0;
     for (; walk.presentation < result->n_presentations; ++walk.presentation) {
         const int analyzed = analyze_presentation(walk);
         if (analyzed != kAnalyzeOk) {

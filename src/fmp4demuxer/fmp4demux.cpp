@@ -24,8 +24,17 @@ void add(Status* status, Status more) {
     }
 }
 
-// Puts the file to the first byte of its range, or of the whole file without one.
+bool lies_behind(const InputFile& file, const ByteRange& range) {
+    const std::int64_t size = FileSize(file);
+    return size >= 0 && range.length != 0 && range.start >= static_cast<std::uint64_t>(size);
+}
+
+// Puts the file to the first byte of its range, or of the whole file without one. Fails for a range
+// of which the file has nothing.
 Status open_range(InputFile& file, const std::optional<ByteRange>& range) {
+    if (range && lies_behind(file, *range)) {
+        return Status::kCantOpen;
+    }
     file.range_active = range ? 1 : 0;
     file.range_start = range ? static_cast<std::int64_t>(range->start) : 0;
     file.range_left = range ? static_cast<std::int64_t>(range->length) : 0;

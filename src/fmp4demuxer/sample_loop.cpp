@@ -18,6 +18,8 @@
 namespace mediasplit {
 namespace {
 
+constexpr std::uint64_t kReportedBytes = 200;  // two lines of a broken unit, as they mostly are
+
 // Holds the sample under way: at first 1 MiB, then as much as the largest sample.
 class SampleBuffer {
 public:
@@ -107,7 +109,12 @@ private:
             }
             note_timing(stream, sample);
         }
-        return status | write_within_budget(sample, read(stream, sample));
+        const auto bytes = read(stream, sample);
+        if (bytes.empty() && sample.size != 0) {
+            // Its byte range ends ahead of it: the header of a frame alone would break the stream.
+            return status;
+        }
+        return status | write_within_budget(sample, bytes);
     }
 
     void spend(std::uint64_t bytes) { budget_ -= std::min(budget_, bytes); }
@@ -163,13 +170,16 @@ private:
     }
 
     // What a sample brings along counts as well: parameter sets go in at each IDR picture, however
-    // small that is.
+    // small that is, and a broken one gets its lines on the error stream.
     Status write_within_budget(const Mp4Sample& sample, std::span<const std::uint8_t> bytes) {
         const OutputFile* file = output_of(demuxer_, sample.stream_index);
         const std::uint64_t before = file != nullptr ? file->bytes_written() : 0;
         const Status status = write(sample, bytes);
         const std::uint64_t written = file != nullptr ? file->bytes_written() - before : 0;
         spend(written - std::min<std::uint64_t>(written, bytes.size()));
+        if (status != Status::kOk) {
+            spend(kReportedBytes);
+        }
         return status;
     }
 

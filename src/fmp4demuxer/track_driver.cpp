@@ -126,19 +126,6 @@ std::unordered_set<std::uint32_t> base_layer_tracks(const Mp4Demuxer& demuxer) {
     return ids;
 }
 
-// A three letter code of ISO 639-2/T, or one of its codes for private use ("qaa" to "qtz").
-bool is_terminological_code(std::string_view lang) {
-    if (lang.size() != 3) {
-        return false;
-    }
-    if (lang[0] == 'q' && lang[1] >= 'a' && lang[1] <= 't' && lang[2] >= 'a' && lang[2] <= 'z') {
-        return true;
-    }
-    const auto rows = iso_639_code_table();
-    return std::any_of(rows.begin(), rows.end(),
-                       [&](const LanguageRow& row) { return lang == row.terminology; });
-}
-
 }  // namespace
 
 std::optional<ByteRange> byte_range_of(const SegmentSlot* slot) {

@@ -17,14 +17,6 @@ constexpr std::size_t kIvDigits = 32;
 // Characters ahead of the digits of an IV, "0x".
 constexpr std::size_t kIvPrefix = 2;
 
-// A byte range whose start nothing tells leaves the segment undefined: the playlist is invalid.
-void report_missing_offset(PlaylistReading& reading) {
-    if (!reading.is_invalid) {
-        reading.is_invalid = true;
-        reading.status |= Logging_err_type_check(nullptr, 4059, {}, reading.playlist.url);
-    }
-}
-
 // The end of the nearest range ahead of slot `index`; discontinuities don't count.
 std::optional<std::string> end_of_previous_range(const PlaylistReading& reading,
                                                  std::size_t index) {
@@ -46,7 +38,7 @@ void read_byte_range(PlaylistReading& reading, std::size_t index, std::string_vi
     if (!range->offset && !range->length->empty() && index > 0) {
         range->offset = end_of_previous_range(reading, index);
         if (!range->offset) {
-            report_missing_offset(reading);
+            report_invalid(reading);  // nothing tells where the range starts
         }
     }
     SegmentSlot& slot = reading.playlist.slots[index];
@@ -110,7 +102,7 @@ void read_map(PlaylistReading& reading, std::string_view text) {
         } else if (attribute->name == "BYTERANGE") {
             slot->byte_range = split_byte_range(without_quotes(attribute->value));
             if (!slot->byte_range->offset && !slot->byte_range->length->empty()) {
-                report_missing_offset(reading);
+                report_invalid(reading);  // nothing tells where the range starts
             }
         }
     }

@@ -17,6 +17,11 @@ namespace {
 // Size of the line buffer; a longer line comes in pieces, each taken for a line.
 constexpr std::size_t kLineSize = 4096;
 
+// What a playlist may ask for beside its own size: a record of a master playlist takes a kilobyte
+// for a line of a few characters, and each relative URI a copy of the folder's name.
+constexpr std::size_t kMostMasterRecords = 100'000;
+constexpr std::size_t kMostBaseBytes = std::size_t{256} << 20;
+
 constexpr std::string_view kMedia = "#EXT-X-MEDIA:";
 constexpr std::string_view kStreamInf = "#EXT-X-STREAM-INF:";
 constexpr std::string_view kIframeStreamInf = "#EXT-X-I-FRAME-STREAM-INF:";
@@ -138,9 +143,22 @@ void read_line(PlaylistReading& reading, std::string_view line) {
 
 }  // namespace
 
-std::string make_absolute(const PlaylistReading& reading, std::string_view uri) {
+void report_invalid(PlaylistReading& reading) {
+    if (!reading.is_invalid) {
+        reading.is_invalid = true;
+        reading.status |= Logging_err_type_check(nullptr, 4059, {}, reading.playlist.url);
+    }
+}
+
+std::string make_absolute(PlaylistReading& reading, std::string_view uri) {
     std::string result;
     if (!is_url(uri)) {
+        reading.base_bytes += reading.base.size();
+        if (reading.base_bytes > kMostBaseBytes) {
+            report_invalid(reading);
+            reading.ended = true;
+            return result;
+        }
         result.reserve(reading.base.size() + uri.size());
         result = reading.base;
     }
@@ -165,10 +183,11 @@ Status parse_file(std::FILE* file, OptText url, PlaylistRecord& playlist, Ezxml*
         return Logging_err_type_check(nullptr, 4022, {}, playlist.url);
     }
     const RecordCounts counts = count_records(file);
-    if (const Status mixed =
-            check(counts.slots == 0 || counts.streams == 0, nullptr, 4059, {}, playlist.url);
-        mixed != Status::kOk) {
-        return mixed;
+    const bool is_mixed = counts.slots != 0 && counts.streams != 0;
+    const bool is_outsized = counts.media + counts.streams + counts.iframes > kMostMasterRecords;
+    if (const Status valid = check(!is_mixed && !is_outsized, nullptr, 4059, {}, playlist.url);
+        valid != Status::kOk) {
+        return valid;
     }
     if (std::fseek(file, 0, SEEK_SET) != 0) {
         return Status::kFailed;

@@ -31,13 +31,18 @@ struct PlaylistReading {
     SegmentKeyText key{};              // in force for the segments that follow
     std::uint32_t sequence_start = 0;  // number of the first segment
     std::optional<std::string> held_line{};
-    bool is_invalid = false;  // 4059 was raised for a byte range
-    bool ended = false;       // the rest of the file isn't read
+    std::size_t base_bytes = 0;  // of `base`, in all the URIs that it was put before
+    bool is_invalid = false;     // 4059 was raised
+    bool ended = false;          // the rest of the file isn't read
     Status status = Status::kOk;
 };
 
-// A URI behind the playlist's own folder, unless it is an address.
-std::string make_absolute(const PlaylistReading& reading, std::string_view uri);
+// Raises 4059, once for a playlist.
+void report_invalid(PlaylistReading& reading);
+
+// A URI behind the playlist's own folder, unless it is an address. A long folder before very many
+// URIs makes the playlist invalid and ends its reading.
+std::string make_absolute(PlaylistReading& reading, std::string_view uri);
 
 // The next line; nothing at the end of the file.
 std::optional<std::string> next_line(PlaylistReading& reading);

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t kCheckpointDigits = 6;
 constexpr int kLargestCheckpoint = 999999;
+constexpr std::size_t kBytesBesideALine = 128;  // its records in the two containers
 
 std::string_view text_of(const CheckpointText& entry) {
     const auto end = std::find(entry.begin(), entry.end(), '\0');
@@ -101,12 +102,17 @@ Status print_message(Loglist* loglist, const char* line) {
     if (!is_info && loglist->known.count(text) != 0) {
         return Status::kOk;
     }
+    const std::size_t bytes = text.size() + kBytesBesideALine;
+    if (bytes > kLoglistCapacity - loglist->bytes) {
+        return Status::kFailed;
+    }
     try {
         loglist->messages.emplace_back(text);
     } catch (const std::bad_alloc&) {
         return Status::kFailed;
     }
     ++loglist->message_count;
+    loglist->bytes += bytes;
     if (is_info) {
         return Status::kOk;
     }

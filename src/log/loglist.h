@@ -25,7 +25,11 @@ struct Loglist {
     /// The lines of `messages`, to find duplicates; views stay valid because a deque doesn't move
     /// what it holds.
     std::unordered_set<std::string_view> known{};
+    std::size_t bytes = 0;  ///< what `messages` and `known` take, about
 };
+
+/// Most that the lines of a collector may take: hostile streams can ask for any number of them.
+inline constexpr std::size_t kLoglistCapacity = std::size_t{16} << 20;
 
 /// Makes a collector with a copy of the first `count` entries of `list`. An entry longer than six
 /// characters ends the copying and is still counted. No list: no collector.
@@ -42,7 +46,7 @@ const CheckpointText* get_loglist_checkpoints(const Loglist* loglist);
 bool checkpoint_should_check(const Loglist* loglist, int checkpoint);
 
 /// Stores a finished line once; info lines are stored each time. Without a collector the line is
-/// dropped. Fails if the line is missing or can't be stored.
+/// dropped. Fails if the line is missing or can't be stored: memory or kLoglistCapacity ran out.
 Status print_message(Loglist* loglist, const char* line);
 
 /// Whether the rule family of a mask is active: some entry of six characters begins with the

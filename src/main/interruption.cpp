@@ -1,6 +1,12 @@
 #include "src/main/interruption.h"
 
+#include <unistd.h>
+
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <new>
 
 #include "src/util/fetched_files.h"
 
@@ -25,7 +31,35 @@ void catch_signal(int signal) {
     static_cast<void>(::sigaction(signal, &action, nullptr));
 }
 
+bool memory_ran_out() {
+    try {
+        if (const std::exception_ptr thrown = std::current_exception(); thrown != nullptr) {
+            std::rethrow_exception(thrown);
+        }
+    } catch (const std::bad_alloc&) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+    return false;
+}
+
+[[noreturn]] void end_unhandled() {
+    if (!memory_ran_out()) {
+        std::abort();
+    }
+    std::fputs("mediasplit: out of memory\n", stderr);
+    std::fflush(stdout);
+    stop_fetched_files();
+    remove_all_fetched_files();
+    ::_exit(EXIT_FAILURE);
+}
+
 }  // namespace
+
+void prepare_for_want_of_memory() {
+    std::set_terminate(end_unhandled);
+}
 
 void prepare_for_signals() {
     std::signal(SIGPIPE, SIG_IGN);

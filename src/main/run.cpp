@@ -98,6 +98,7 @@ void open_standard_descriptors() {
 int run_program(int count, const char* const* arguments) {
     open_standard_descriptors();
     prepare_for_signals();
+    prepare_for_want_of_memory();
     raise_open_file_limit();
     const int parse_result = cmdParse(count, arguments);
     std::unique_ptr<Loglist> loglist =

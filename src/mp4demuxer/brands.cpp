@@ -17,6 +17,10 @@ bool is_cmaf_brand(std::uint32_t brand) {
     return std::find(kCmafBrands.begin(), kCmafBrands.end(), brand) != kCmafBrands.end();
 }
 
+bool is_listed(const BrandRecord& record, std::uint32_t brand) {
+    return record.listed.contains(brand);
+}
+
 void read_major_brand(PayloadReader& in, BrandRecord& record) {
     record.major_brand = in.u32();
     record.minor_version = in.u32();
@@ -36,6 +40,7 @@ std::vector<std::uint32_t> read_compatible_brands(PayloadReader& in) {
 void set_brands(BrandRecord& record, std::vector<std::uint32_t> brands) {
     record.compat_brands = std::move(brands);
     record.num_compat_brands = static_cast<std::uint32_t>(record.compat_brands.size());
+    record.listed.insert(record.compat_brands.begin(), record.compat_brands.end());
 }
 
 }  // namespace
@@ -56,8 +61,6 @@ HandlerResult parse_box_styp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
         demuxer.styp = std::make_unique<BrandRecord>();
         if (demuxer.ftyp != nullptr) {
             set_brands(*demuxer.styp, demuxer.ftyp->compat_brands);
-            demuxer.styp->listed.insert(demuxer.styp->compat_brands.begin(),
-                                        demuxer.styp->compat_brands.end());
         }
     }
     BrandRecord& record = *demuxer.styp;
@@ -73,16 +76,15 @@ HandlerResult parse_box_styp(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
 }
 
 bool compat_brand_included(const Mp4Demuxer& demuxer, std::uint32_t brand) {
-    return demuxer.ftyp != nullptr &&
-           std::find(demuxer.ftyp->compat_brands.begin(), demuxer.ftyp->compat_brands.end(),
-                     brand) != demuxer.ftyp->compat_brands.end();
+    return demuxer.ftyp != nullptr && is_listed(*demuxer.ftyp, brand);
 }
 
 bool contain_cmaf_brand(const Mp4Demuxer& demuxer) {
     const BrandRecord* record = demuxer.styp != nullptr ? demuxer.styp.get() : demuxer.ftyp.get();
     return record != nullptr &&
            (is_cmaf_brand(record->major_brand) ||
-            std::any_of(record->compat_brands.begin(), record->compat_brands.end(), is_cmaf_brand));
+            std::any_of(kCmafBrands.begin(), kCmafBrands.end(),
+                        [record](std::uint32_t brand) { return is_listed(*record, brand); }));
 }
 
 }  // namespace mediasplit

@@ -170,7 +170,7 @@ HandlerResult parse_box_sidx(Mp4Demuxer& demuxer, InputFile& file, BoxNode& node
     }
     demuxer.sidx_count = count;
     demuxer.sidx_sizes.clear();
-    for (std::uint16_t i = 0; i < count; ++i) {
+    for (std::uint16_t i = 0; i < count && in.left() != 0; ++i) {
         demuxer.sidx_sizes.push_back(in.u32() & 0x7FFFFFFFU);
         in.skip(8);
     }

@@ -110,7 +110,7 @@ struct BrandRecord {
     std::uint32_t minor_version = 0;
     std::uint32_t num_compat_brands = 0;
     std::vector<std::uint32_t> compat_brands;
-    std::unordered_set<std::uint32_t> listed;  // of a merged record, what compat_brands holds
+    std::unordered_set<std::uint32_t> listed;  // what compat_brands holds
 };
 
 // Marks of Mp4Stream::marks.

@@ -208,7 +208,10 @@ std::uint32_t get_sample_duration(const Mp4Stream& stream, std::uint32_t sample_
     if (rows == 0) {
         return 0;
     }
-    SampleCursors::Run& at = stream.cursors.time;
+    // A look back leaves the cursor of the walk alone: writers ask for sample 0 again and again.
+    SampleCursors::Run behind;
+    const bool looks_back = sample_index < stream.cursors.time.first_sample;
+    SampleCursors::Run& at = looks_back ? behind : stream.cursors.time;
     find_run(stream.stts, rows, sample_index, at);
     return load_u32(stream.stts, at.row * kSttsRow + 4);
 }

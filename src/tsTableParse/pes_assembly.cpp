@@ -16,14 +16,17 @@ constexpr std::size_t kFullPayload = 184;
 constexpr std::int64_t kPrivateStream1 = 0xBD;
 constexpr std::int64_t kPtsUpperHalf = std::int64_t{1} << 32;
 
-// Calls `use` with each stream of the tables that has this PID.
+// Calls `use` with the stream of this PID in each program that has it: the first that its table
+// names, however often it does.
 template <typename Use>
 void for_each_stream_of(std::int64_t pid, const TsTables& tables, Use use) {
     for (std::size_t i = 0; i < tables.program_count; ++i) {
-        for (const auto& stream : tables.programs[i].streams) {
-            if (stream.elementary_pid == pid) {
-                use(stream);
-            }
+        const auto& streams = tables.programs[i].streams;
+        const auto found = std::find_if(
+            streams.begin(), streams.end(),
+            [pid](const TsElementaryStream& stream) { return stream.elementary_pid == pid; });
+        if (found != streams.end()) {
+            use(*found);
         }
     }
 }

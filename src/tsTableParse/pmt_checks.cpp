@@ -241,8 +241,12 @@ void check_prsm_is_there(PmtCheck& pmt) {
 }  // namespace
 
 Status check_pmt(TsContext& context, const TsTables& tables) {
+    if (!may_repeat_tables(context)) {
+        return Status::kOk;
+    }
     PmtCheck pmt{context, context.manifest, context.loglist};
     for (const auto& stream : tables.programs[0].streams) {
+        context.repeated_work += 1 + stream.descriptors.size();
         for (const auto& rule : kStreamRules) {
             if (rule.stream_type == stream.stream_type) {
                 rule.check(stream, pmt);

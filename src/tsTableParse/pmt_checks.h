@@ -6,8 +6,8 @@
 
 namespace mediasplit {
 
-// Judges the first parsed program. The result is the OR of what was reported. What the descriptors
-// say of the channels is noted in the manifest record of `context`.
+// Judges the first parsed program, as long as may_repeat_tables. The result is the OR of what was
+// reported. What the descriptors say of the channels is noted in the manifest record of `context`.
 Status check_pmt(TsContext& context, const TsTables& tables);
 
 }  // namespace mediasplit

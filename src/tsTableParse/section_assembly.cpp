@@ -11,6 +11,9 @@ namespace mediasplit {
 
 namespace {
 
+constexpr std::uint64_t kRepeatsOfShortStreams = 1U << 18;
+constexpr std::uint64_t kRepeatsOfAPacket = 8;
+
 // The section buffer of the packet's PID, a fresh one if there is none yet; nullptr when all are
 // taken.
 TsSection* section_of(std::int64_t pid, TsTables& tables) {
@@ -64,9 +67,14 @@ Status add_program(const TsSection& section, TsContext& context, TsTables& table
     if (is_known_pmt(context.pid, tables) || tables.program_count == tables.programs.size()) {
         return Status::kOk;
     }
+    if (!may_repeat_tables(context)) {
+        return Status::kRuleBroken;
+    }
     TsProgram program;
     const Status status = tsTableParsePMT(context, program, section);
-    if (status == Status::kOk) {
+    if (status != Status::kOk) {
+        context.repeated_work += static_cast<std::uint64_t>(section.bytes_collected);
+    } else {
         program.pmt_pid = context.pid;
         tables.programs[tables.program_count++] = std::move(program);
     }
@@ -93,6 +101,15 @@ Status parse_pmt_section(TsOutputFiles& files, TsSection& section, TsContext& co
 }
 
 }  // namespace
+
+bool may_repeat_tables(const TsContext& context) {
+    const std::uint64_t allowed = kRepeatsOfShortStreams + kRepeatsOfAPacket * context.packet_count;
+    if (context.repeated_work <= allowed) {
+        return true;
+    }
+    note_remark("Program tables were no longer judged: they came too often for their size.");
+    return false;
+}
 
 int tsTableCheckProgramPID(std::int64_t pid, const TsTables& tables, std::int64_t& program_number) {
     const auto count = std::clamp<std::int64_t>(tables.pat_entry_count, 0, kMaxTsPatEntries);

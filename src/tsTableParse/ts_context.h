@@ -89,6 +89,7 @@ struct TsContext {
     std::array<OapParser, kMaxTsAudioStreams> ec3_parsers{};
     std::uint32_t ec3_parser_count = 0;
     std::array<std::int64_t, kMaxTsAudioStreams> ec3_parser_pids{};
+    std::uint64_t repeated_work = 0;  // see may_repeat_tables
     ManifestContext* manifest = nullptr;
     Loglist* loglist = nullptr;
 
@@ -97,5 +98,11 @@ struct TsContext {
         return index < kTransportPacketSize ? packet.bytes[index] : std::uint8_t{0};
     }
 };
+
+// False, with a note, once tables were gone through again for longer than the packets so far
+// warrant: refused tables and the rules on programs are, at packets of their PID, so that a large
+// table and many small packets could take any time. Sound streams stay far below. What a repetition
+// goes through, in bytes or descriptors, is added to `repeated_work` by its caller.
+[[nodiscard]] bool may_repeat_tables(const TsContext& context);
 
 }  // namespace mediasplit

@@ -1,6 +1,7 @@
 #include "src/util/language.h"
 
 #include <string_view>
+#include <unordered_map>
 
 #include "src/util/language_codes.h"
 
@@ -16,15 +17,25 @@ bool is_private_use(std::string_view code) {
     return code.size() == 3 && code >= "qaa" && code <= "qtz";
 }
 
-// The id of the last row that has the code, 0 if there is none.
-int find_language(std::string_view code) {
-    int id = 0;
-    for (const LanguageRow& row : Iso639CodeTable) {
-        if (code == row.bibliographic || code == row.terminology || code == row.alpha_2) {
-            id = row.id;
+struct CodeMeaning {
+    int id = 0;                   // of the last row that has the code
+    bool is_terminology = false;  // whether some row has it as its code of ISO 639-2/T
+};
+
+// What the code stands for; none for an unknown one.
+CodeMeaning look_up(std::string_view code) {
+    static const std::unordered_map<std::string_view, CodeMeaning> meanings = [] {
+        std::unordered_map<std::string_view, CodeMeaning> made;
+        for (const LanguageRow& row : Iso639CodeTable) {
+            for (const std::string_view name : {row.bibliographic, row.terminology, row.alpha_2}) {
+                made[name].id = row.id;
+            }
+            made[row.terminology].is_terminology = true;
         }
-    }
-    return id;
+        return made;
+    }();
+    const auto found = meanings.find(code);
+    return found == meanings.end() ? CodeMeaning{} : found->second;
 }
 
 }  // namespace
@@ -41,8 +52,12 @@ int language_match(OptText a, OptText b) {
     if (!has_code_length(*a) || !has_code_length(*b) || is_private_use(*a) || is_private_use(*b)) {
         return order;
     }
-    const int id = find_language(*a);
-    return id != 0 && id == find_language(*b) ? 0 : order;
+    const int id = look_up(*a).id;
+    return id != 0 && id == look_up(*b).id ? 0 : order;
+}
+
+bool is_terminological_code(std::string_view code) {
+    return is_private_use(code) || (code.size() == 3 && look_up(code).is_terminology);
 }
 
 }  // namespace mediasplit

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <string_view>
 
 #include "src/util/opt_text.h"
 
@@ -23,5 +24,8 @@ std::span<const LanguageRow> iso_639_code_table();
 // 639-2 codes they use. Otherwise the order of the texts like strcmp, -1 if one is missing. Codes
 // for private use, and texts that aren't 2 or 3 characters long, are compared as texts.
 int language_match(OptText a, OptText b);
+
+// A three-letter code of ISO 639-2/T, or one of its codes for private use ("qaa" to "qtz").
+bool is_terminological_code(std::string_view code);
 
 }  // namespace mediasplit

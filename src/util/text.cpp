@@ -76,6 +76,11 @@ std::string_view erasespace(std::string_view text) {
     return text.substr(text.find_first_not_of(" \t"));
 }
 
+std::string_view unquoted(std::string_view text) {
+    const bool is_quoted = text.size() >= 2 && text.front() == '"' && text.back() == '"';
+    return is_quoted ? text.substr(1, text.size() - 2) : text;
+}
+
 int check_str_r10(OptText text) {
     return text && all_digits(*text, 10) ? 0 : 1;
 }

@@ -18,6 +18,10 @@ namespace mediasplit {
 // character that is neither blank nor tab.
 std::string_view erasespace(std::string_view text);
 
+// The text between its quotation marks, as attributes of playlists have them; all of it if it
+// doesn't both begin and end with one.
+std::string_view unquoted(std::string_view text);
+
 // 0 if all characters are decimal digits, also for an empty text; else 1, also for none.
 int check_str_r10(OptText text);
 // The same for hexadecimal digits.

@@ -7,6 +7,8 @@ import tempfile
 import unittest
 
 MEDIASPLIT = os.path.abspath(os.environ.get("MEDIASPLIT", "build/release/src/main/mediasplit"))
+with open(MEDIASPLIT, "rb") as _program:
+    SANITIZED = b"__asan_init" in _program.read()  # takes much memory of its own
 REPOSITORY = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 CLIP = os.path.join(REPOSITORY, "demo", "clip.mp4")
 

@@ -4,7 +4,7 @@ import os
 import resource
 import unittest
 
-from program import CLIP, ProgramTest
+from program import CLIP, SANITIZED, ProgramTest
 
 
 def error(text):
@@ -51,6 +51,16 @@ class OutputFolderTest(ProgramTest):
         self.assertEqual(result.last_line, "Failed to demultiplex %s" % CLIP)
         for name in names:
             self.assertIn(name, result.err)
+
+    @unittest.skipIf(SANITIZED, "takes much memory of its own")
+    def test_want_of_memory_is_told_and_fails_the_run(self):
+        def limit_memory():
+            resource.setrlimit(resource.RLIMIT_DATA, (64 << 20, 64 << 20))
+
+        self.write("list.m3u8", b"#EXTINF:1,\nsegment.ts\n" * 1000000)
+        result = self.run_program("-i", "list.m3u8", "-o", "out", preexec_fn=limit_memory)
+        self.assertEqual(result.status, 1)
+        self.assertEqual(result.err, "mediasplit: out of memory\n")
 
     def test_stream_that_cannot_be_written_in_full_fails_the_run_without_a_signal(self):
         def limit_file_size():

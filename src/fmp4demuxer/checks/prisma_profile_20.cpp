@@ -8,6 +8,7 @@
 #include "src/fmp4demuxer/checks/prisma_tables.h"
 #include "src/log/rule_families.h"
 #include "src/mp4demuxer/mp4demuxer.h"
+#include "src/util/text.h"
 
 namespace mediasplit {
 namespace {
@@ -58,12 +59,6 @@ Status check_hevc_config(const PrismaStream& prisma) {
     return status | prisma.check(!has_second_layer || prisma.has_entry(kBoxLhvC), rule<>(4246));
 }
 
-// Attributes of variant streams come as written, so with the quotation marks of a string.
-std::string_view unquoted(std::string_view text) {
-    const bool is_quoted = text.size() >= 2 && text.front() == '"' && text.back() == '"';
-    return is_quoted ? text.substr(1, text.size() - 2) : text;
-}
-
 Status check_playlist(const PrismaStream& prisma) {
     const ManifestContext& context = *prisma.manifest.context;
     RuleDetail detail;
@@ -72,6 +67,7 @@ Status check_playlist(const PrismaStream& prisma) {
     const auto& layout = context.req_video_layout;
     Status status = prisma.check(layout.has_value(), prisma::kLayoutMissing, detail);
     if (layout) {
+        // Comes as written, so with the quotation marks of a string.
         status |=
             prisma.check(unquoted(*layout) == prisma::kStereoLayout, prisma::kLayoutValue, detail);
     }

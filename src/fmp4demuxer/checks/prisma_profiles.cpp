@@ -11,6 +11,7 @@
 #include "src/fmp4demuxer/checks/prisma_tables.h"
 #include "src/log/rule_families.h"
 #include "src/mp4demuxer/mp4demuxer.h"
+#include "src/util/text.h"
 #include "src/video/codec_text.h"
 #include "src/video/level_rules.h"
 
@@ -157,7 +158,7 @@ Status check_colour(const ProfileStream& track) {
             status |= check_colour_values(
                 prisma, *track.colour,
                 {vui.matrix_coeffs, vui.colour_primaries, vui.transfer_characteristics},
-                prisma::kEntrySpsColour);
+                track.rules.sps_colour);
         }
     }
     if ((stream.marks & kMarkColr) == 0) {
@@ -344,7 +345,8 @@ Status check_video_range(const ProfileStream& track) {
     }
     const auto& range = prisma.manifest.context->video_range;
     const Status status = prisma.check(range.has_value(), prisma::kVideoRangeMissing);
-    return range ? status | prisma.check(*range == row->range, prisma::kVideoRangeValue,
+    // Comes as written; some playlists quote it.
+    return range ? status | prisma.check(unquoted(*range) == row->range, prisma::kVideoRangeValue,
                                          expecting(row->range))
                  : status;
 }

@@ -212,9 +212,9 @@ constexpr const ColourRow* colour_of(std::span<const ColourRow> rows, std::uint3
 
 // Messages on colour values, by the place that they are from.
 struct ColourMessages {
-    RuleMessage matrix;
-    RuleMessage primaries;
-    RuleMessage transfer;
+    RuleMessage matrix{};
+    RuleMessage primaries{};
+    RuleMessage transfer{};
 };
 
 inline constexpr ColourMessages kEntrySpsColour{
@@ -327,6 +327,7 @@ struct ProfileRules {
     std::span<const CompatibleIdRow> compatible_ids{};
     RuleMessage md_compression{};  // must be 0
     std::span<const ColourRow> colours{};
+    ColourMessages sps_colour{};  // of the sample entry's parameter sets
     ManifestRule base_codec{};
     bool is_compatible = false;                // has a base layer that the manifest tells of
     std::uint32_t ids_without_base_layer = 0;  // all the same (bit n for id n)
@@ -358,6 +359,7 @@ inline constexpr ProfileRules kProfile8{
     .flags = kCompatibleFlags,
     .compatible_ids = kProfile8Ids,
     .colours = kProfile8Colours,
+    .sps_colour = kEntrySpsColour,
     .base_codec = kHevcBaseCodec,
     .is_compatible = true,
     .asks_for_brand = true,

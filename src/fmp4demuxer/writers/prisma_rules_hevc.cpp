@@ -133,7 +133,7 @@ Status compare_vps(Mp4Demuxer& demuxer, Mp4Stream& stream, ByteSpan unit, const 
     config.vps.back().record = vps;
     std::string codec;
     const Status status = build_hevc_codec(&codec, stream.px_config->profile, &config,
-                                           demuxer.output_suffix, demuxer.loglist);
+                                           demuxer.output_suffix.value_or(""), demuxer.loglist);
     config.vps.clear();
     return status;
 }

@@ -149,7 +149,9 @@ Status check_renditions(PlaylistRecord& playlist, Loglist* loglist) {
 Status check_frame_rate(const VariantStream& stream, Loglist* loglist) {
     Status status = check(stream.frame_rate.has_value(), loglist, 4098, {});
     if (stream.frame_rate) {
-        status |= check(stringtodouble(*stream.frame_rate) <= kHighestFrameRate, loglist, 4099, {});
+        // Comes as written; some playlists quote it.
+        const double rate = stringtodouble(unquoted(*stream.frame_rate));
+        status |= check(rate <= kHighestFrameRate, loglist, 4099, {});
     }
     return status;
 }

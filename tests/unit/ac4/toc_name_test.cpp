@@ -51,6 +51,53 @@ TEST_F(TocNameTest, NamesWithoutALengthHaveThirtyTwoBytes) {
     EXPECT_EQ(info.targets[30].target_device_category, 3);
 }
 
+// 64 alternative presentations of one presentation substream and one group of `count` substreams.
+BuildFrame many_alternatives(std::size_t count) {
+    BuildFrame frame = simple_stereo_frame();
+    PresentationText text;
+    text.alternative = true;
+    text.name = "12345678901234567890123456789012";
+    text.long_name = true;
+    TargetText target{2, 3, {}, {}, {}, {}};
+    target.substreams.assign(count, 0U);
+    text.targets.assign(31, target);
+    text.tail.put(0, 16);
+    frame.substreams[0] = write_presentation(text).to_bytes();
+    frame.presentations[0].alternative = true;
+    const BuildPresentation presentation = frame.presentations[0];
+    frame.presentations.assign(64, presentation);
+    const BuildSubstream substream = frame.groups[0].substreams[0];
+    frame.groups[0].substreams.assign(count, substream);
+    return frame;
+}
+
+TEST_F(TocNameTest, TargetsThatManyPresentationsShareAreReadForEach) {
+    ASSERT_EQ(open_frame(many_alternatives(4)), 0);
+    for (std::int32_t i = 0; i < 64; ++i) {
+        EXPECT_EQ(presentation(i).targets[30].target_device_category, 3) << i;
+    }
+}
+
+TEST_F(TocNameTest, TargetsPastSeveralTimesTheFrameAreRefused) {
+    ASSERT_EQ(open_frame(many_alternatives(300)), 0);
+    const auto size = static_cast<std::int64_t>(bytes_.size());
+    EXPECT_EQ(presentation(0).targets[30].target_device_category, 3);
+    std::int32_t read = 0;
+    PresentationInfo info;
+    while (read < 64 &&
+           AC4_ANALYZE_ac4toc_reader_get_presentation_info(reader_, toc_, read, &info) == 0) {
+        ++read;
+    }
+    EXPECT_LT(read, 64);
+    EXPECT_GT(reader_->target_bits_read, (4 * size + 32768) * 8);
+    EXPECT_LT(reader_->target_bits_read, (5 * size + 32768) * 8);
+    EXPECT_EQ(AC4_ANALYZE_ac4toc_reader_get_presentation_info(reader_, toc_, read, &info),
+              kTocLimit);
+    // The next frame starts anew.
+    ASSERT_EQ(open_bytes(Ac4Bytes(bytes_)), 0);
+    EXPECT_EQ(presentation(0).targets[30].target_device_category, 3);
+}
+
 TEST_F(TocNameTest, NameOfZeroLengthIsNone) {
     BuildFrame frame = simple_stereo_frame();
     // b_name_present, b_length, name_len 0, one target without options

@@ -173,6 +173,26 @@ TEST(EmdfSubstream, ReadsItsPayloads) {
         kMetadataRanOut);
 }
 
+TEST(EmdfSubstream, CountsWhatItReadsWithoutThePayloads) {
+    EmdfText payload;
+    payload.id = 1;
+    payload.payload.assign(100, 0x55);
+    // Twice id 5, flags 5 and size 9, the closing id 5 and 5 bits up to the byte.
+    const std::vector<std::uint8_t> data = write_emdf({payload, payload}).to_bytes();
+    ASSERT_EQ(data.size(), 206U);
+    Ac4MetadataState state;
+    EmdfContext context;
+    for (const std::int64_t counted : {48, 96}) {
+        EXPECT_EQ(
+            ac4analyze_parse_emdf_payloads_substream(&state, 0, data.data(), data.size(), &context),
+            kMetadataOk);
+        EXPECT_EQ(state.bits_read, counted);
+    }
+    EXPECT_EQ(
+        ac4analyze_parse_emdf_payloads_substream(nullptr, 0, data.data(), data.size(), &context),
+        kMetadataOk);
+}
+
 TEST(EmdfSubstream, StateResetForgetsTheRecord) {
     Ac4MetadataState state;
     parse(write_emdf({ims_payload({})}).align(), state);

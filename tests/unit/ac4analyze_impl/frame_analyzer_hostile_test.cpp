@@ -21,6 +21,25 @@ protected:
             }
         }
     }
+    // Analyzes a frame whose parts are named over and over, twice: what was read of it comes to
+    // four times its size and 32 KiB, and at most one part more.
+    void expect_bounded(BuildFrame frame) {
+        for (const std::uint32_t sequence : {1U, 2U}) {
+            frame.sequence_counter = sequence;
+            const Ac4Bytes bytes = write_ac4_frame(frame);
+            const auto size = static_cast<std::int64_t>(bytes.size());
+            ASSERT_EQ(analyze_bytes(bytes), 0);
+            EXPECT_EQ(record_->status, 32U);
+            EXPECT_GT(analyzer_->frame_data.bits_read, (4 * size + 32768) * 8);
+            EXPECT_LT(analyzer_->frame_data.bits_read, (5 * size + 32768) * 8);
+        }
+    }
+    static std::vector<EmdfText> unknown_payloads(std::size_t count, std::size_t size) {
+        EmdfText payload;
+        payload.id = 1;
+        payload.payload.assign(size, 0x55);
+        return std::vector<EmdfText>(count, payload);
+    }
     static std::vector<BuildFrame> frames() {
         BuildFrame rich = main_and_dialogue_frame(3);
         SubstreamText text;
@@ -110,6 +129,69 @@ TEST_F(AnalyzerHostileTest, EndlessEscapesAndLargeCountsEndQuickly) {
     frame.groups[0].substreams.assign(3000, substream);
     run(write_ac4_frame(frame));
     EXPECT_EQ(record_->groups[0].n_substreams, 3000U);
+}
+
+TEST_F(AnalyzerHostileTest, LongMetadataOfASubstreamNamedOverAndOver) {
+    BuildFrame frame = simple_stereo_frame();
+    SubstreamText text;
+    text.ch_mode = 1;
+    text.emdf = unknown_payloads(2000, 0);
+    frame.substreams[1] = write_substream(text);
+    const BuildSubstream named = frame.groups[0].substreams[0];
+    frame.groups[0].substreams.assign(128, named);
+    expect_bounded(frame);
+    EXPECT_EQ(substream(0).metadata.emdf.payload_count, 2000U);
+    EXPECT_EQ(substream(127).slot, 127);
+    EXPECT_EQ(substream(127).metadata.emdf.payload_count, 0U);
+}
+
+TEST_F(AnalyzerHostileTest, LongEmdfSubstreamOfManyPresentations) {
+    BuildFrame frame = simple_stereo_frame();
+    frame.substreams.push_back(write_emdf(unknown_payloads(4000, 0)).to_bytes());
+    BuildPresentation presentation_text = frame.presentations[0];
+    presentation_text.emdf.payloads_index = 2;
+    frame.presentations.assign(64, presentation_text);
+    expect_bounded(frame);
+}
+
+TEST_F(AnalyzerHostileTest, LongPresentationSubstreamOfManyPresentations) {
+    BuildFrame frame = simple_stereo_frame();
+    PresentationText text;
+    text.alternative = true;
+    text.targets.assign(4000, TargetText{2, 3, {}, {}, {}, {{}}});
+    text.tail.put(0, 16);
+    frame.substreams[0] = write_presentation(text).to_bytes();
+    BuildPresentation presentation_text = frame.presentations[0];
+    presentation_text.alternative = true;
+    frame.presentations.assign(64, presentation_text);
+    expect_bounded(frame);
+    EXPECT_EQ(presentation(0).metadata.n_targets, 4000U);
+    EXPECT_EQ(presentation(63).n_targets, 31) << "those that are kept";
+    EXPECT_EQ(presentation(63).metadata.n_targets, 0U);
+}
+
+TEST_F(AnalyzerHostileTest, ShortPartsAndPayloadsAreReadForEveryoneWhoNamesThem) {
+    BuildFrame frame = simple_stereo_frame();
+    SubstreamText text;
+    text.ch_mode = 1;
+    text.audio_bytes = 300;
+    text.basic.more = true;
+    text.basic.substream_loudness = 3;
+    text.emdf = unknown_payloads(1, 4000);
+    frame.substreams[1] = write_substream(text);
+    frame.groups.push_back(frame.groups[0]);
+    frame.substreams.push_back(write_emdf(unknown_payloads(2, 4000)).to_bytes());
+    BuildPresentation presentation_text = frame.presentations[0];
+    presentation_text.config = 0;
+    presentation_text.groups = {0, 1};
+    presentation_text.emdf.payloads_index = 2;
+    frame.presentations.assign(64, presentation_text);
+    ASSERT_EQ(analyze(frame), 0);
+    EXPECT_EQ(record_->status, 0U);
+    EXPECT_EQ(substream(127).presentation, 63);
+    EXPECT_EQ(substream(127).metadata.basic.substream_loudness.value, 3U);
+    EXPECT_EQ(substream(127).metadata.emdf.payload_count, 1U);
+    EXPECT_TRUE(presentation(63).metadata.dialnorm_present);
 }
 
 }  // namespace

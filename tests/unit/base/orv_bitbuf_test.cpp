@@ -96,6 +96,17 @@ TEST(OrvBitbuf, OverrunReaderGoesBackToWhereItWas) {
     EXPECT_EQ(orv_bitbuf_read(&buf, 4), 0x2U);
 }
 
+TEST(OrvBitbuf, OverrunReaderGoesBackAShortWayAndStaysOverrun) {
+    orv_bitbuf buf = reader_over(kBytes.data(), 13);
+    orv_bitbuf_read(&buf, 16);
+    ASSERT_EQ(orv_bitbuf_get_bits_left(&buf), -3);
+    EXPECT_EQ(orv_bitbuf_skip(&buf, -1), 0);
+    EXPECT_EQ(orv_bitbuf_get_bits_left(&buf), -2);
+    EXPECT_EQ(orv_bitbuf_get_abs_pos(&buf), 15);
+    EXPECT_EQ(orv_bitbuf_skip(&buf, -15), 0);
+    EXPECT_EQ(orv_bitbuf_read(&buf, 13), 0x246U);
+}
+
 TEST(OrvBitbuf, SafeReadOneBitShortRefusesAndChangesNothing) {
     orv_bitbuf buf = reader_over(kBytes.data(), 31);
     const orv_bitbuf before = buf;

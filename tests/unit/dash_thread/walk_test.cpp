@@ -230,11 +230,12 @@ TEST_F(Walk, RangeThatEndsBeforeItBeginsIsHarmless) {
         EXPECT_EQ(output(), "") << range;
         return sink_.count(4065);
     };
-    for (const char* range : {"9-3", "-", "", "5000-6000", "x-y"}) {
+    for (const char* range : {"9-3", "-", "", "x-y"}) {
         EXPECT_EQ(play_range(range), 0U) << range;
     }
     EXPECT_FALSE(has_failed(status_));
     EXPECT_EQ(play_range("9223372036854775809-3"), 1U);
+    EXPECT_EQ(play_range("5000-6000"), 1U) << "the file is shorter";
     EXPECT_TRUE(has_failed(status_));
     // Whether a file can be positioned there is for its file system to say.
     for (const char* range : {"99999999999999999999-", "9223372036854775807-3"}) {

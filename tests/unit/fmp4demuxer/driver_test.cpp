@@ -404,6 +404,37 @@ TEST(Driver, RangeThatCannotBeReachedRaises4065AndEndsTheCall) {
               "length : 10] in the segment file [in.mp4] .");
 }
 
+TEST(Driver, RangeBehindTheEndOfTheFileRaises4065AndEndsTheCall) {
+    const Bytes file = mp4::plain_file(movie_of({raw_track(1, {{1}})}));
+    const auto walk = [&file](std::uint64_t start, const char* length) {
+        DemuxRun run;
+        SegmentSlot slot;
+        slot.kind = kSlotMediaRange;
+        slot.byte_range = range_text(std::to_string(start), std::nullopt, length);
+        const Status status = run.walk(file, &slot);
+        EXPECT_EQ(has_failed(status), run.sink.count(4065) == 1);
+        return run.sink.count(4065);
+    };
+    EXPECT_EQ(walk(file.size(), "1"), 1U);
+    EXPECT_EQ(walk(file.size() + 1000, "10"), 1U);
+    EXPECT_EQ(walk(file.size() - 1, "10"), 0U);
+    EXPECT_EQ(walk(file.size(), "0"), 0U) << "nothing is asked for";
+}
+
+TEST(Driver, SampleBehindTheEndOfItsRangeGetsNoHeader) {
+    mp4::MovieSpec movie = movie_of({aac_track(1, {sample(filled(1, 20)), sample(filled(2, 20))})});
+    const Bytes file = mp4::fragmented_file(movie);
+    const Bytes second = filled(2, 20);
+    const auto at = std::search(file.begin(), file.end(), second.begin(), second.end());
+    DemuxRun run;
+    SegmentSlot slot;
+    slot.kind = kSlotMediaRange;
+    slot.byte_range = range_text("0", std::nullopt, std::to_string(at - file.begin()));
+    static_cast<void>(run.walk(file, &slot));
+    constexpr std::size_t kAdtsHeader = 7;
+    EXPECT_EQ(run.output("in_track_id_1.out.aac")->size(), kAdtsHeader + 20);
+}
+
 TEST(Driver, EntryChecksAreDueOnFilesAndInitializationSegmentsOnly) {
     EXPECT_TRUE(entry_checks_due(nullptr));
     for (std::uint32_t kind = 0; kind <= 7; ++kind) {

@@ -2,8 +2,10 @@
 // whether memory was respected on the way.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <string>
+#include <string_view>
 
 #include "tests/support/mp4_input.h"
 #include "tests/support/nal_builder.h"
@@ -147,6 +149,39 @@ TEST(HostileSamples, LargeParameterSetsAtTinyPicturesDoNotFillTheDisk) {
         run.sink.notes()[0],
         "Samples were dropped: those before them came to more than 64 times the size of their "
         "file.");
+}
+
+// Writes a number of 32 bits `offset` bytes behind the type of the first box of that type.
+void patch_box(Bytes& file, std::string_view type, std::size_t offset, std::uint32_t value) {
+    const auto at = std::search(file.begin(), file.end(), type.begin(), type.end());
+    ASSERT_NE(at, file.end());
+    for (int i = 0; i < 4; ++i) {
+        *(at + 4 + static_cast<std::ptrdiff_t>(offset) + i) =
+            static_cast<std::uint8_t>(value >> (24 - 8 * i));
+    }
+}
+
+TEST(HostileSamples, BrokenUnitsOfOverlaidChunksDoNotFloodTheErrorStream) {
+    constexpr std::uint32_t kChunks = 500;
+    mp4::MovieSpec movie;
+    movie.tracks = {avc_track(1, std::vector<mp4::SampleSpec>(kChunks, sample({0xFF})))};
+    Bytes file = mp4::plain_file(movie);
+    patch_box(file, "stts", 8, kChunks * kChunks);
+    patch_box(file, "stsc", 12, kChunks);  // samples of each chunk
+    patch_box(file, "stsz", 4, 1);         // all samples of one byte
+    patch_box(file, "stsz", 8, kChunks * kChunks);
+    const auto data = std::search(file.begin(), file.end(), "mdat", "mdat" + 4) + 4;
+    for (std::uint32_t row = 0; row < kChunks; ++row) {
+        patch_box(file, "stco", 8 + 4 * row, static_cast<std::uint32_t>(data - file.begin()));
+    }
+    DemuxRun run;
+    ::testing::internal::CaptureStderr();
+    static_cast<void>(run.walk(file));
+    const std::string lines = ::testing::internal::GetCapturedStderr();
+    static_cast<void>(run.finish());
+    EXPECT_GT(run.sink.count(4073), kChunks);
+    EXPECT_LT(lines.size(), 64 * file.size() + 2 * kInputBlockSize);
+    EXPECT_EQ(run.sink.notes().size(), 1U);
 }
 
 TEST(HostileSamples, AnyTwoLengthBytesAreSurvived) {

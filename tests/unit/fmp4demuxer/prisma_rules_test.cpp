@@ -401,6 +401,11 @@ TEST(HevcRules, ConfigurationWithoutVpsIsHeldAgainstTheStreamsOnceAndTheOutputSt
     SampleRun plain;
     static_cast<void>(plain.walk(mp4::plain_file(movie_of(track))));
     EXPECT_FALSE(raised(plain, 4210));
+    // An initialization section whose name has no extension gives no label; the rule is the same.
+    SampleRun nameless;
+    nameless.manifest = &context;
+    EXPECT_EQ(nameless.walk(mp4::plain_file(movie_of(track)), &slot), Status::kRuleBroken);
+    EXPECT_TRUE(raised(nameless, 4210));
 }
 
 TEST(HevcRules, DualLayerStreamComparesItsTwoLayersOnce) {

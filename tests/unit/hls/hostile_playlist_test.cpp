@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/support/playlist_input.h"
+#include "tests/support/recording_sink.h"
 
 namespace mediasplit {
 namespace {
@@ -92,6 +93,32 @@ TEST(HostilePlaylistTest, AttributeListsOfCommasAndQuotes) {
             EXPECT_LE(read.playlist.slots.size(), 2U);
         }
     }
+}
+
+TEST(HostilePlaylistTest, MasterPlaylistOfMoreThan100000RecordsIsInvalid) {
+    std::string text = "#EXT-X-STREAM-INF:BANDWIDTH=1\nv.m3u8\n";
+    for (int i = 1; i < 100'000; ++i) {
+        text += "#EXT-X-MEDIA:\n";
+    }
+    EXPECT_EQ(read_playlist(text).playlist.media.size(), 99'999U);
+    const RecordingSink sink;
+    const auto read = read_playlist(text + "#EXT-X-MEDIA:\n");
+    EXPECT_EQ(read.status, Status::kFailed);
+    EXPECT_EQ(sink.ids(), std::vector<int>{4059});
+    EXPECT_TRUE(read.playlist.media.empty());
+}
+
+TEST(HostilePlaylistTest, LongFolderBeforeVeryManySegmentsIsInvalid) {
+    // 70,000 copies of a folder's name of 4,000 characters would take 280 MB, and more than 256
+    // MiB.
+    std::string text;
+    for (int i = 0; i < 70'000; ++i) {
+        text += "#EXTINF:\nx\n";
+    }
+    const RecordingSink sink;
+    const auto read = read_playlist(text, "http://h/" + std::string(4000, 'f') + "/list.m3u8");
+    EXPECT_EQ(read.status, Status::kFailed);
+    EXPECT_EQ(sink.ids(), std::vector<int>{4059});
 }
 
 // Milliseconds of the processor that a playlist of `count` segments takes.

@@ -135,6 +135,23 @@ TEST_F(LocalStream, ByteRangesOfFragmentedFile) {
     EXPECT_EQ(texts(3), std::vector<std::string>{"all.mp4:"});
 }
 
+TEST_F(LocalStream, ByteRangeBehindTheEndOfAFragmentedFileFailsTheRun) {
+    const std::string init = mp4_init();
+    const std::string first = mp4_segment(0);
+    const std::size_t end = init.size() + first.size();
+    (void)folder_.write("all.mp4", init + first);
+    follow_local("#EXT-X-MAP:URI=\"all.mp4\",BYTERANGE=\"" + std::to_string(init.size()) +
+                 "@0\"\n#EXTINF:2,\n#EXT-X-BYTERANGE:" + std::to_string(first.size()) + "@" +
+                 std::to_string(init.size()) + "\nall.mp4\n#EXTINF:2,\n#EXT-X-BYTERANGE:9@" +
+                 std::to_string(end) + "\nall.mp4\n#EXT-X-ENDLIST\n");
+    EXPECT_TRUE(has_failed(status_));
+    EXPECT_EQ(texts(4065),
+              std::vector<std::string>{
+                  "Fail to read the data specified by the byte range [start : " +
+                  std::to_string(end) + ", length : 9] in the segment file [all.mp4] ."});
+    EXPECT_EQ(output("list_all_track_id_1.out.data"), samples(0, 0));
+}
+
 TEST_F(LocalStream, ByteRangesOfTransportStream) {
     const std::string first = ts_segment(sample_text(0));
     const std::string second = ts_segment(sample_text(1));

@@ -142,6 +142,21 @@ TEST(PrintMessage, ManyLinesStayFindable) {
     EXPECT_EQ(loglist->messages.back(), "finding 19999");
 }
 
+TEST(PrintMessage, WhatGoesBeyondTheCapacityIsLost) {
+    const auto loglist = make_loglist(kFixedList);
+    ASSERT_EQ(print_message(loglist.get(), "finding"), Status::kOk);
+    const std::string info = "INFO: " + std::string(100'000, 'x');
+    const std::size_t enough = kLoglistCapacity / info.size() + 1;
+    Status last = Status::kOk;
+    for (std::size_t i = 0; i < enough; ++i) {
+        last = print_message(loglist.get(), info.c_str());
+    }
+    EXPECT_EQ(last, Status::kFailed);
+    EXPECT_LE(static_cast<std::size_t>(loglist->message_count), enough);
+    EXPECT_EQ(loglist->messages.size(), static_cast<std::size_t>(loglist->message_count));
+    EXPECT_EQ(print_message(loglist.get(), "finding"), Status::kOk);
+}
+
 TEST(CheckpointMask, FixedListActivatesItsFamilies) {
     const auto loglist = make_loglist(kFixedList);
     for (const std::uint32_t mask : {0U, 1U, 2U, 8U, 32U, 64U, 128U, 6U, 248U}) {

@@ -235,6 +235,8 @@ TEST(MasterStreamTest, FrameRateAbove60Raises4099) {
     EXPECT_EQ(checked.status, Status::kRuleBroken);
     EXPECT_EQ(with_rate("60.000").ids, Ids{});
     EXPECT_EQ(with_rate("59.94").ids, Ids{});
+    EXPECT_EQ(with_rate("\"60.001\"").ids, Ids{4099});
+    EXPECT_EQ(with_rate("\"60.000\"").ids, Ids{});
     // No number counts as 0.
     EXPECT_EQ(with_rate("120fps").ids, Ids{});
     EXPECT_EQ(check_master("#EXT-X-STREAM-INF:BANDWIDTH=1,CODECS=\"mp4a\",FRAME-RATE=100\nv\n").ids,

@@ -83,6 +83,20 @@ TEST(CmafBrands, OfTheSegmentsHideTheMajorBrandOfTheFile) {
     EXPECT_FALSE(contain_cmaf_brand(*demuxer));
 }
 
+// Writers ask at each parameter set; a scan of the list each time would not come to an end.
+TEST(CmafBrands, AreLookedUpAmongManyBrandsManyTimes) {
+    constexpr std::uint32_t kMany = 262144;
+    const auto demuxer = walk(box("ftyp", {text("isom"), u32(0), zeros(4 * std::size_t{kMany})}));
+    ASSERT_EQ(demuxer->ftyp->num_compat_brands, kMany);
+    std::uint32_t found = 0;
+    for (std::uint32_t i = 0; i < kMany; ++i) {
+        found += compat_brand_included(*demuxer, fourcc("pb4h")) ? 1 : 0;
+        found += contain_cmaf_brand(*demuxer) ? 1 : 0;
+    }
+    EXPECT_EQ(found, 0U);
+    EXPECT_TRUE(compat_brand_included(*demuxer, 0));
+}
+
 TEST(SegmentBrands, AreMergedOnceForManyBrands) {
     Bytes brands;
     for (std::uint32_t i = 0; i < 200000; ++i) {

@@ -138,6 +138,12 @@ TEST(SegmentIndex, KeepsTheReferencedSizes) {
     EXPECT_EQ(wide->sidx_sizes, (std::vector<std::uint32_t>{9}));
 }
 
+TEST(SegmentIndex, EndsWithTheBoxWhateverItsCountSays) {
+    const auto demuxer =
+        walk(full_box("sidx", 0, 0, {zeros(16), u16(0), u16(16383), u32(5), zeros(8)}));
+    EXPECT_EQ(demuxer->sidx_sizes, std::vector<std::uint32_t>{5});
+}
+
 TEST(SegmentIndex, RefusesTooManyReferences) {
     const auto index = [](std::uint32_t count) {
         return full_box("sidx", 0, 0, {zeros(16), u16(0), u16(count), zeros(count * 12)});
@@ -403,6 +409,14 @@ TEST(SampleLookup, FillsTheWholeRecord) {
 }
 
 // A walk that rescans its tables would not come to an end here.
+TEST(SampleLookup, LookBackAtADurationLeavesTheWalkWhereItIs) {
+    const WalkResult result = walk_and_listen(
+        movie_of({table_box("stts", Rows(1000, std::vector<std::uint32_t>{1, 1}))}));
+    EXPECT_EQ(get_sample_dts(result.stream(), 900), 900U);
+    EXPECT_EQ(get_sample_duration(result.stream(), 0), 1U);
+    EXPECT_EQ(result.stream().cursors.time.row, 900U);
+}
+
 TEST(SampleLookup, WalksTwoMillionSamplesOnce) {
     constexpr std::uint32_t kSamples = 2000000;
     Bytes sizes = join({u32(0), u32(0), u32(kSamples)});

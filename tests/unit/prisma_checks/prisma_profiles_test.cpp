@@ -121,6 +121,16 @@ TEST(PrismaProfiles, UnknownCompatibleIdSkipsBrandAndColour) {
     EXPECT_EQ(findings(s), Ids{4211});
 }
 
+TEST(PrismaProfiles, Profile10AsksForTheColourOfItsBoxOnly) {
+    Scenario s = profile_10(kFile);
+    s.entry = "hvc1";
+    s.matrix = 1;
+    s.primaries = 1;
+    EXPECT_EQ(findings(s), Ids{4219});
+    s.colr->matrix = 1;
+    EXPECT_EQ(findings(s), (Ids{4207, 4219}));
+}
+
 TEST(PrismaProfiles, CompatibleId4TakesItsBrandAndTransferFromTheParameterSet) {
     Scenario s = profile_8(kFile);
     s.compatible_id = 4;
@@ -193,6 +203,18 @@ TEST(PrismaProfiles, LayoutOfAVariantStreamMayKeepItsQuotationMarks) {
     for (const char* other : {"\"CH-MONO\"", "\"", "", "\"\""}) {
         s.context.req_video_layout = other;
         EXPECT_EQ(findings(s), Ids{4250}) << other;
+    }
+}
+
+TEST(PrismaProfiles, VideoRangeMayKeepItsQuotationMarks) {
+    for (const auto& [mode, wrong] : {std::pair{kVariant, 4162}, std::pair{kIframe, 4163}}) {
+        Scenario s = profile_8(mode);
+        s.context.video_range = "\"PQ\"";
+        EXPECT_EQ(findings(s), Ids{}) << mode;
+        for (const char* other : {"\"SDR\"", "\"", "", "\"\""}) {
+            s.context.video_range = other;
+            EXPECT_EQ(findings(s), Ids{wrong}) << other << " in mode " << mode;
+        }
     }
 }
 

@@ -164,6 +164,24 @@ TEST(PesAssembly, Ac4OutsidePrivateStreamIsRefusedAndDropped) {
     EXPECT_EQ(run(0xBD).files.at("main_PID_258.out.ac4"), pattern(300, 1));
 }
 
+TEST(PesAssembly, StreamNamedTwiceInATableCountsOnce) {
+    const auto run = [](std::uint8_t stream_id) {
+        TsBuilder builder = one_program({{0x87, kAudio, {}}, {0x87, kAudio, {}}});
+        builder.pes(kAudio, {.stream_id = stream_id, .payload = pattern(300, 1)});
+        return demux(builder.bytes());
+    };
+    EXPECT_EQ(run(0xBD).count(4317), 1U);
+    EXPECT_EQ(run(0xC0).count(4330), 1U);
+}
+
+TEST(PesAssembly, StreamOfTwoProgramsCountsForEach) {
+    TsBuilder builder;
+    builder.pat({{1, 0x100}, {2, 0x110}});
+    builder.pmt(0x100, 1, {{0x87, kAudio, {}}}).pmt(0x110, 2, {{0x87, kAudio, {}}});
+    builder.pes(kAudio, {.stream_id = 0xBD, .payload = pattern(300, 1)});
+    EXPECT_EQ(demux(builder.bytes()).count(4317), 2U);
+}
+
 TEST(PesAssembly, Eac3WithoutItsDescriptorIsReportedOnCompletionOnly) {
     TsBuilder builder = one_program({{0x87, kAudio, {}}});
     builder.pes(kAudio, {.stream_id = 0xBD, .payload = pattern(300, 1)});

@@ -234,5 +234,24 @@ TEST(PmtChecks, RunAtEveryPacketOfTheTable) {
     EXPECT_EQ(demux(builder.bytes()).count(4319), 2U);
 }
 
+TEST(PmtChecks, LargeTableIsNotJudgedForEver) {
+    // As many descriptors as one packet takes, judged again at many small packets.
+    Bytes descriptors;
+    for (int i = 0; i < 10; ++i) {
+        descriptors.insert(descriptors.end(), {0xCC, 0});
+    }
+    TsBuilder builder = one_program(std::vector<TsStreamDescription>(6, {0x06, kPid, descriptors}));
+    constexpr std::uint64_t kPackets = 5000;
+    for (std::uint64_t i = 0; i < kPackets; ++i) {
+        builder.packet(0x100, false, {0});
+    }
+    const TsRun run = demux(builder.bytes());
+    EXPECT_GT(run.count(4319), 100'000U);
+    // (2^18 + 8 * 5002) streams and descriptors, of which ten in eleven are findings, and one
+    // judgement more. Without an end it would be 300,000.
+    EXPECT_LT(run.count(4319), 275'000U);
+    EXPECT_FALSE(run.notes.empty());
+}
+
 }  // namespace
 }  // namespace mediasplit

@@ -486,5 +486,26 @@ TEST(PrsmDescriptor, RefusedTableIsJudgedAgainAndSelectsNothing) {
     EXPECT_EQ(run.status, Status::kRuleBroken);
 }
 
+// A table of 4 KB that is refused at its end, and small packets that would have it read each time.
+TEST(PrsmDescriptor, LargeRefusedTableIsNotReadForEver) {
+    Bytes descriptors;
+    for (int i = 0; i < 2000; ++i) {
+        descriptors.insert(descriptors.end(), {0x0A, 0});
+    }
+    const Bytes refused = descriptor(0xB0, prsm_body(10, 1, 5, {}));
+    descriptors.insert(descriptors.end(), refused.begin(), refused.end());
+    TsBuilder builder;
+    builder.bytes() = long_table(descriptors, {});
+    constexpr std::size_t kPackets = 5000;
+    for (std::size_t i = 0; i < kPackets; ++i) {
+        builder.packet(0x100, false, {0});
+    }
+    const TsRun run = demux(builder.bytes());
+    EXPECT_GT(run.count(4254), 10U);
+    EXPECT_LT(run.count(4254), 100U);  // (2^18 + 8 * 5000) / 4000 bytes, and one more
+    EXPECT_EQ(run.status, Status::kRuleBroken);
+    EXPECT_FALSE(run.notes.empty());
+}
+
 }  // namespace
 }  // namespace mediasplit

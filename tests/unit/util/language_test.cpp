@@ -40,6 +40,29 @@ TEST(LanguageMatch, CodesOfOneLanguageMatchInAnyPair) {
     EXPECT_EQ(language_match("und", "und"), 0);
 }
 
+TEST(LanguageMatch, EveryRowsCodesMatchEachOther) {
+    for (const LanguageRow& row : iso_639_code_table()) {
+        EXPECT_EQ(language_match(row.bibliographic, row.terminology), 0) << row.english;
+        if (*row.alpha_2 != '\0') {
+            EXPECT_EQ(language_match(row.alpha_2, row.terminology), 0) << row.english;
+            EXPECT_EQ(language_match(row.bibliographic, row.alpha_2), 0) << row.english;
+        }
+    }
+}
+
+TEST(TerminologicalCode, IsAnyOfIso6392TOrOfItsPrivateUse) {
+    for (const LanguageRow& row : iso_639_code_table()) {
+        EXPECT_TRUE(is_terminological_code(row.terminology)) << row.english;
+        EXPECT_FALSE(is_terminological_code(row.alpha_2)) << row.english;
+    }
+    for (const char* code : {"qaa", "qgz", "qtz"}) {
+        EXPECT_TRUE(is_terminological_code(code)) << code;
+    }
+    for (const char* code : {"fre", "ger", "chi", "qua", "xxx", "", "de", "engl", "ENG"}) {
+        EXPECT_FALSE(is_terminological_code(code)) << code;
+    }
+}
+
 TEST(LanguageMatch, DifferentLanguagesHaveTheOrderOfTheTexts) {
     EXPECT_LT(language_match("de", "en"), 0);
     EXPECT_GT(language_match("eng", "deu"), 0);

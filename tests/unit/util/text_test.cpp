@@ -18,6 +18,15 @@ TEST(EraseSpace, RemovesBlanksAtBothEndsButLineEndsOnlyBehind) {
     EXPECT_EQ(erasespace(""), "");
 }
 
+TEST(Unquoted, TakesQuotationMarksOffBothEndsOrNeither) {
+    EXPECT_EQ(unquoted("\"a b\""), "a b");
+    EXPECT_EQ(unquoted("\"\"a\"\""), "\"a\"");
+    EXPECT_EQ(unquoted("\"\""), "");
+    for (const std::string_view other : {"", "\"", "a", "\"a", "a\"", " \"a\""}) {
+        EXPECT_EQ(unquoted(other), other);
+    }
+}
+
 TEST(CheckText, TellsDigitsFromOtherTexts) {
     EXPECT_EQ(check_str_r10("0129"), 0);
     EXPECT_EQ(check_str_r10(""), 0);
