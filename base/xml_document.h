@@ -52,7 +52,8 @@ struct EzxmlDocument {
     std::string buffer;
     std::unordered_map<std::string_view, XmlEntity> entities;
     std::unordered_map<std::string_view, XmlElementDeclaration> elements;
-    std::uint64_t expanded = 0;  // charged by entities so far
+    std::uint64_t expanded = 0;   // charged by entities so far
+    std::uint64_t defaulted = 0;  // charged by long defaults so far
     std::array<char, 128> error{};
 
     Ezxml root;
@@ -71,6 +72,9 @@ EzxmlExtra& extra_of(Ezxml& node);
 
 // Puts `node`, whose name and `off` are set, among the children of `parent`.
 void xml_insert_child(Ezxml& parent, Ezxml* node);
+
+// What the entities of a document may expand to, in bytes, and its long defaults come to.
+std::uint64_t xml_allowed_expansion(const EzxmlDocument& document);
 
 // How a piece of a document turns into text (XML 1.0 2.11, 3.3.3).
 enum class XmlTextKind : std::uint8_t { kContent, kCdataSection, kAttribute, kTokens };

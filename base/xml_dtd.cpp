@@ -74,6 +74,7 @@ bool XmlDtdReader::read(std::size_t& at, bool collect, XmlProblem& problem) {
     collect_ = collect;
     char quote = 0;
     bool done = false;
+    bool has_subset = false;
     while (!done && at < text_.size()) {
         const char c = text_[at++];
         if (quote != 0) {
@@ -81,10 +82,14 @@ bool XmlDtdReader::read(std::size_t& at, bool collect, XmlProblem& problem) {
         } else if (is_quote(c)) {
             quote = c;
         } else if (c == '[') {
-            if (!read_subset(at) || !finish()) {
+            // A second internal subset isn't markup of the declaration (XML 1.0 production 28).
+            const bool is_sound =
+                has_subset ? fail("missing >") : read_subset(at) && (!collect_ || finish());
+            if (!is_sound) {
                 problem = problem_;
                 return false;
             }
+            has_subset = true;
         } else {
             done = c == '>';
         }

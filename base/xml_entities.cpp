@@ -18,10 +18,6 @@ constexpr std::uint32_t kDeepestEntity = 16;
 constexpr std::uint64_t kCostCeiling = 1ULL << 40;
 constexpr std::uint32_t kLastCodePoint = 0x10FFFF;
 
-std::uint64_t allowed_expansion(const EzxmlDocument& document) {
-    return std::clamp(kExpansionFactor * document.buffer.size(), kFreeExpansion, kLargestExpansion);
-}
-
 bool is_surrogate(std::uint32_t code) {
     return code >= 0xD800 && code <= 0xDFFF;
 }
@@ -176,7 +172,7 @@ private:
     bool entity(std::string_view name, const XmlEntity& entity) {
         if (level_ == 0) {
             document_.expanded += entity.cost;
-            if (document_.expanded > allowed_expansion(document_)) {
+            if (document_.expanded > xml_allowed_expansion(document_)) {
                 culprit_ = name;
                 return false;
             }
@@ -259,6 +255,10 @@ private:
 };
 
 }  // namespace
+
+std::uint64_t xml_allowed_expansion(const EzxmlDocument& document) {
+    return std::clamp(kExpansionFactor * document.buffer.size(), kFreeExpansion, kLargestExpansion);
+}
 
 bool xml_decode(EzxmlDocument& document, char* begin, char* end, XmlTextKind kind,
                 std::string& spill, XmlDecoded& result, std::string& culprit) {

@@ -144,6 +144,17 @@ std::size_t find_attribute(const Ezxml& node, std::string_view name) {
     return at;
 }
 
+// A default is declared once and stands on every element: a long one is charged each time that it
+// is handed out, up to what entities may expand to.
+bool may_hand_out(EzxmlDocument& document, std::size_t size) {
+    constexpr std::size_t kLongestFreeDefault = 256;
+    if (size <= kLongestFreeDefault) {
+        return true;
+    }
+    document.defaulted += size;
+    return document.defaulted <= xml_allowed_expansion(document);
+}
+
 const char* declared_default(const Ezxml& node, std::string_view name) {
     const auto element = node.document->elements.find(name_of(node));
     if (element == node.document->elements.end()) {
@@ -153,7 +164,8 @@ const char* declared_default(const Ezxml& node, std::string_view name) {
     if (attribute == element->second.end() || !attribute->second.default_value) {
         return nullptr;
     }
-    return attribute->second.default_value->c_str();
+    const std::string& value = *attribute->second.default_value;
+    return may_hand_out(*node.document, value.size()) ? value.c_str() : nullptr;
 }
 
 }  // namespace

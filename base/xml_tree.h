@@ -60,7 +60,8 @@ EzxmlPtr ezxml_new(const char* name);
 // what came ahead of it, and ezxml_error tells what is wrong. UTF-16 is told by its byte order
 // mark. A zero byte ends the text. Entities of an internal DTD may expand to four times the
 // document (1 MiB in any case, 16 MiB at the most) and refer to each other 16 deep; what goes
-// beyond ends the parsing like a circular one.
+// beyond ends the parsing like a circular one. Attribute defaults of more than 256 bytes are handed
+// out until their lengths come to as much; beyond that there are none.
 EzxmlPtr ezxml_parse_str(std::string text);
 // The same for the rest of an open file, which stays open. Null for none.
 EzxmlPtr ezxml_parse_fp(std::FILE* file);
@@ -69,7 +70,8 @@ EzxmlPtr ezxml_parse_file(const char* path);
 
 // The first child of this name, or null; the others hang behind it by `next`.
 Ezxml* ezxml_child(const Ezxml* node, std::string_view name);
-// The value of an attribute, else the default that the DTD declares for it, else null.
+// The value of an attribute, else the default that the DTD declares for it, else null. A long
+// default is charged to the document: trees are for one thread.
 const char* ezxml_attr(const Ezxml* node, std::string_view name);
 
 // Adds a child behind those with the same or a smaller `offset`. `name` must outlive the tree.

@@ -16,6 +16,11 @@ namespace mediasplit {
 
 inline constexpr std::uint16_t kDefaultDispFlags = 0x51;  // compliance lines, of slices and in sum
 
+// Bytes of compliance lines that a stream may ask for: so many in any case, and so many for each of
+// its bytes. Sound streams, and broken ones that aren't made for it, stay far below.
+inline constexpr std::int64_t kReportAnyway = std::int64_t{1} << 20;
+inline constexpr std::int64_t kReportShare = 32;
+
 struct OapParserState {
     FileBuffer file;
     bool stop_at_first_failure = false;  // ends a block once a compliance failure stands
@@ -35,7 +40,8 @@ struct OapParserState {
     const TimesliceState* last = nullptr;  // seen at the last report
     std::int64_t last_printed = 0;         // number of the time slice printed last
     Timeslice shadow;                      // the time slice the report took up last
-    std::uint32_t last_compliance = 0;     // any-failure flag at the end of the last call
+    std::int64_t report_left = kReportAnyway;
+    std::uint32_t last_compliance = 0;  // any-failure flag at the end of the last call
 };
 
 }  // namespace mediasplit

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "oapinfolib/src/disp.h"
 #include "oapinfolib/src/fatal.h"
@@ -61,9 +62,33 @@ TsiFrame describe_frame(const OapParserState& state) {
     return frame;
 }
 
+std::int64_t count_failures(const ComplianceBlock& block) {
+    return std::count(block.results.begin(), block.results.end(), Verdict::kFailure);
+}
+
+// Rows of failures come at each change and at the end of each call, so that small blocks could ask
+// for any number of lines.
+void spend_on_report(OapParserState& state, std::int64_t rows) {
+    constexpr std::int64_t kRowBytes = 100;
+    state.report_left -= kRowBytes * rows;
+    if (state.report_left < 0 && state.disp_flags != 0) {
+        state.disp_flags = 0;
+        print_warning("Further compliance lines of this stream are left out");
+    }
+}
+
 int print_timeslice(OapParserState& state, std::int64_t number, bool final_slice) {
-    return disp_printtsinfo(state.disp_flags, number, state.last_printed, state.last->previous,
-                            state.shadow, final_slice);
+    const ComplianceBlock& shown = state.shadow.compliance;
+    const std::int64_t rows = shown.any_failure != 0 ? count_failures(shown) : 0;
+    const std::int64_t printed_before = std::exchange(state.last_printed, -1);
+    const int result = disp_printtsinfo(state.disp_flags, number, state.last_printed,
+                                        state.last->previous, state.shadow, final_slice);
+    if (state.last_printed < 0) {
+        state.last_printed = printed_before;
+    } else {
+        spend_on_report(state, rows);
+    }
+    return result;
 }
 
 // Copies the next frame into the frame buffer.
@@ -158,10 +183,10 @@ void fill_substream(const SubstreamRecord& record, Target& target) {
 }
 
 void fill_program(const ProgramRecord& record, OapProgramInfo& program) {
-    program.num_dependent = record.num_dependent;
+    // Ids that come again over many refused blocks count as well.
+    program.num_dependent = std::min<std::uint32_t>(record.num_dependent, kOapMaxDependents);
     fill_substream(record.independent, program);
-    const std::size_t count = std::min<std::size_t>(record.num_dependent, kOapMaxDependents);
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < program.num_dependent; ++i) {
         fill_substream(record.dependent[i], program.dependent[i]);
     }
 }
@@ -181,8 +206,9 @@ void fill_info(const TimesliceState& timeslices, std::int64_t count_before, bool
     info.remainder_blocks = static_cast<std::uint32_t>(blocks % kFramesetBlocks);
     info.data_rate = whole_rate(timeslices.data_rate);
     info.framesets = static_cast<std::uint32_t>(blocks / kFramesetBlocks);
-    info.num_programs = static_cast<std::uint32_t>(last.nprograms);
-    for (std::size_t i = 0; i < info.num_programs && i < kOapMaxPrograms; ++i) {
+    info.num_programs =
+        static_cast<std::uint32_t>(std::min(programs_in_use(last), kOapMaxPrograms));
+    for (std::size_t i = 0; i < info.num_programs; ++i) {
         fill_program(last.program[i], info.program[i]);
     }
 }
@@ -195,6 +221,7 @@ int print_end(OapParserState& state) {
     }
     if (result <= 0) {
         result = disp_printfilesummary(state.disp_flags, *state.last);
+        spend_on_report(state, count_failures(state.last->failures));
     }
     return result;
 }
@@ -230,6 +257,7 @@ int oap_es_parser(const std::uint8_t* data, std::uint32_t size, OapParserState* 
     }
     openfilebufs(size, state->file);
     initbufdescriptors(state->file, state->descriptor);
+    state->report_left += kReportShare * size;
     // Time slices of earlier calls count as this call's while no report has stood yet. That is
     // deliberate: a sample that failed in its first frame is made up for by the next one.
     const std::int64_t count_before = state->last != nullptr ? state->last->timeslice_count : 0;

@@ -24,8 +24,9 @@ Status parse_dash_data(OptText text, std::FILE* file, OptText path, EzxmlPtr* ro
                        Loglist* loglist);
 
 // Reads the whole manifest, or one Period of it, into a new `*info`. With a `representation_id`
-// only Representations of that id are kept. Each element read gets its identity as attribute
-// "ui-id" in the tree. Returns the OR of what was raised; if that isn't 0, `*info` is empty.
+// only Representations of that id are kept, and Preselections only if the broadcast rules of AC-4
+// are active. Each element read gets its identity as attribute "ui-id" in the tree. Returns the OR
+// of what was raised; if that isn't 0, `*info` is empty.
 Status get_dash_info(std::unique_ptr<DashInfo>* info, Ezxml* root, OptText manifest_url,
                      std::int32_t period_index, OptText representation_id, Loglist* loglist);
 

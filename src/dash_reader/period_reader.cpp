@@ -9,6 +9,7 @@
 #include "src/dash_reader/element_readers.h"
 #include "src/dash_reader/source_name.h"
 #include "src/log/logging.h"
+#include "src/log/rule_families.h"
 #include "src/util/text.h"
 
 namespace mediasplit {
@@ -147,6 +148,11 @@ Status get_period_info(Ezxml* node, std::int32_t index, OptText representation_i
     for (Ezxml* child = ezxml_child(node, "AdaptationSet"); child != nullptr;
          child = child->next, ++set_index) {
         status |= read_adaptation_set(child, set_index, level, period, sorter, loglist);
+    }
+    // A short manifest may tell of a great many, and each Representation's worker has a reading of
+    // its own, in which the broadcast rules alone look at them.
+    if (representation_id && !has_checkpoint_set(loglist, kAc4BroadcastRules)) {
+        return status;
     }
     for (Ezxml* child = ezxml_child(node, "Preselection"); child != nullptr; child = child->next) {
         get_preselection_info(child, index, period.preselections.emplace_back());

@@ -25,7 +25,8 @@ std::string_view take_word(std::string_view& text) {
 
 Status get_all_adaptation_set_ids_from_preselection_components(OptText components,
                                                                std::vector<std::uint32_t>& ids,
-                                                               bool is_ac4, Loglist* loglist) {
+                                                               bool is_ac4, Loglist* loglist,
+                                                               std::string_view ui_id) {
     ids.clear();
     if (components.view().size() > kLongestComponents) {
         return Status::kOk;
@@ -39,7 +40,7 @@ Status get_all_adaptation_set_ids_from_preselection_components(OptText component
         }
         if (is_ac4) {
             status |=
-                check(numeric, loglist, 4361, LogContext{0, {}, "preselectionComponents"}, word);
+                check(numeric, loglist, 4361, LogContext{0, ui_id, "preselectionComponents"}, word);
         }
     }
     return status;

@@ -56,9 +56,27 @@ std::uint32_t kind_of_media(const DashPlayer& player, bool has_range) {
     return kSlotUnset;
 }
 
-// Of a file that initializes itself: what stands ahead of its index. The index gives the rest.
-std::unique_ptr<ByteRangeText> bytes_ahead_of_index(const DashPlayer& player) {
-    auto range = split_range(player.base_index_range);
+// Where the index or the first media segment stands in a file that initializes itself; none if the
+// initialization has a file of its own.
+std::optional<std::string> range_in_initialization_file(const DashPlayer& player) {
+    if (player.segment_type == SegmentElementType::kBase) {
+        return player.base_init_url == player.base_media_url ? player.base_index_range
+                                                             : std::nullopt;
+    }
+    if (player.segment_type != SegmentElementType::kList || player.list.empty()) {
+        return std::nullopt;
+    }
+    const SegmentListEntry& first = player.list.front();
+    std::string address;
+    const bool is_same = merge_baseURL(player.list_base_url, first.media, &address) == 0 &&
+                         player.list_init_url == address;
+    return is_same ? first.media_range : std::nullopt;
+}
+
+// Of a file that initializes itself: what stands ahead of its index or of its media, which come by
+// themselves.
+std::unique_ptr<ByteRangeText> bytes_ahead_of_media(const DashPlayer& player) {
+    auto range = split_range(range_in_initialization_file(player));
     const std::uint64_t begin = range == nullptr ? 0 : str2ulonglong(range->offset);
     if (begin == 0) {
         return nullptr;
@@ -81,10 +99,8 @@ SegmentSlot current_slot(const DashPlayer& player, const InputFile& file,
     if (player.segment_type != SegmentElementType::kTemplate) {
         slot.byte_range = split_range(range);
     }
-    if (slot.kind == kSlotInitialization && slot.byte_range == nullptr &&
-        player.segment_type == SegmentElementType::kBase &&
-        player.base_init_url == player.base_media_url) {
-        slot.byte_range = bytes_ahead_of_index(player);
+    if (slot.kind == kSlotInitialization && slot.byte_range == nullptr) {
+        slot.byte_range = bytes_ahead_of_media(player);
     }
     return slot;
 }

@@ -25,10 +25,11 @@ iovec to_iovec(std::span<const std::uint8_t> bytes) {
     return {const_cast<std::uint8_t*>(bytes.data()), bytes.size()};
 }
 
-// The paths that some registry holds, for all threads.
+// What becomes of the paths of a run, for all threads.
 struct ClaimedPaths {
     std::mutex mutex;
-    std::unordered_set<std::string> paths;
+    std::unordered_set<std::string> paths;    // that some registry holds
+    std::unordered_set<std::string> written;  // that some registry has opened in this run
 };
 
 ClaimedPaths& claimed_paths() {
@@ -47,6 +48,18 @@ void release(const std::string& path) {
     ClaimedPaths& claimed = claimed_paths();
     const std::lock_guard lock(claimed.mutex);
     claimed.paths.erase(path);
+}
+
+bool is_written(const std::string& path) {
+    ClaimedPaths& claimed = claimed_paths();
+    const std::lock_guard lock(claimed.mutex);
+    return claimed.written.contains(path);
+}
+
+void note_written(const std::string& path) {
+    ClaimedPaths& claimed = claimed_paths();
+    const std::lock_guard lock(claimed.mutex);
+    claimed.written.insert(path);
 }
 
 // Flags of open() for a mode text of C streams; -1 for an unknown one.
@@ -150,6 +163,12 @@ std::unique_ptr<OutputFile> fileOpen_lstr(OptText path, OptText mode) {
     return std::make_unique<OutputFile>(descriptor);
 }
 
+void begin_outputs() {
+    ClaimedPaths& claimed = claimed_paths();
+    const std::lock_guard lock(claimed.mutex);
+    claimed.written.clear();
+}
+
 OutputRegistry::~OutputRegistry() {
     for (const std::string& path : opened_) {
         release(path);
@@ -162,8 +181,9 @@ std::unique_ptr<OutputFile> OutputRegistry::open(const std::string& path) {
         (void)Logging_err_type_check(nullptr, 4082, LogContext{}, path);
         return nullptr;
     }
-    auto file = fileOpen_lstr(path, is_new ? "wb" : "ab");
+    auto file = fileOpen_lstr(path, is_new && !is_written(path) ? "wb" : "ab");
     if (file && is_new) {
+        note_written(path);
         opened_.insert(path);
     } else if (is_new) {
         release(path);

@@ -47,10 +47,14 @@ private:
 // fails: 3006 for a missing argument, 4079 for a path of more than 4096 characters, else 4082.
 std::unique_ptr<OutputFile> fileOpen_lstr(OptText path, OptText mode);
 
-// The output paths that one stream's job has opened in this run: the first open creates the file
-// anew, later ones add to it, so that nothing written in a run is thrown away. A path belongs to
-// the job that opened it first for as long as that job's registry lives: streams whose names are
-// the same don't write into each other.
+// Begins a run: what registries opened before it doesn't count, so that their files are created
+// anew. To be called while no registry is in use.
+void begin_outputs();
+
+// The output paths that one stream's job has opened in this run: the first open of the run creates
+// the file anew, later ones add to it, be they of this job or of one behind it, so that nothing
+// written in a run is thrown away. A path belongs to the job that opened it for as long as that
+// job's registry lives: streams side by side whose names are the same don't write into each other.
 class OutputRegistry {
 public:
     OutputRegistry() = default;
@@ -61,8 +65,9 @@ public:
     }
     ~OutputRegistry();
 
-    // fileOpen_lstr, with "wb" the first time that a path is asked for and "ab" afterwards. A path
-    // that couldn't be opened counts as not opened. None and 4082 for a path of another registry.
+    // fileOpen_lstr, with "wb" the first time in the run that any registry is asked for the path
+    // and "ab" afterwards. A path that couldn't be opened counts as not opened. None and 4082 for a
+    // path of another registry.
     // Registries may be used from several threads, each from one.
     std::unique_ptr<OutputFile> open(const std::string& path);
 

@@ -18,7 +18,9 @@
 namespace mediasplit {
 namespace {
 
-constexpr std::uint64_t kReportedBytes = 200;  // two lines of a broken unit, as they mostly are
+// What a broken sample prints, about: two lines of a unit, or the lines of an E-AC-3 frame's rules.
+constexpr std::uint64_t kReportedBytes = 200;
+constexpr std::uint64_t kReportedEac3Bytes = 1500;
 
 // Holds the sample under way: at first 1 MiB, then as much as the largest sample.
 class SampleBuffer {
@@ -178,7 +180,7 @@ private:
         const std::uint64_t written = file != nullptr ? file->bytes_written() - before : 0;
         spend(written - std::min<std::uint64_t>(written, bytes.size()));
         if (status != Status::kOk) {
-            spend(kReportedBytes);
+            spend(sample.stream_id == kStreamIdEc3 ? kReportedEac3Bytes : kReportedBytes);
         }
         return status;
     }

@@ -184,10 +184,15 @@ Status check_channels(const FrameFacts& facts, ManifestContext& context, Loglist
 }
 
 void write_frame(const SyncFrame& frame, OutputFile* output) {
-    if (output != nullptr && frame.header_size + frame.payload.size() <= kMaxWritten) {
-        output->write(ByteSpan(frame.header).first(frame.header_size));
-        output->write(frame.payload);
+    if (output == nullptr) {
+        return;
     }
+    if (frame.header_size + frame.payload.size() > kMaxWritten) {
+        note_remark("An AC-4 frame was not written: it is larger than 2 MiB.");
+        return;
+    }
+    output->write(ByteSpan(frame.header).first(frame.header_size));
+    output->write(frame.payload);
 }
 
 void pass_frame(const SyncFrame& frame, Ac4Stream& stream) {

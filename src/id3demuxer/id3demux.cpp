@@ -149,6 +149,9 @@ Status id3demux(InputFile* file, const SegmentSlot* slot, OptText output_dir, Op
     }
     const std::optional<PackedKind> kind = classify(sync, *file);
     if (!kind) {
+        note_remark(
+            "A segment of packed audio was passed over: it holds none of AC-3, E-AC-3, AAC and "
+            "AC-4.");
         return Status::kOk;
     }
     if (context != nullptr) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "src/file_util/output_file.h"
 #include "src/log/logging.h"
 #include "src/main/flows/flows.h"
 #include "src/records/run_options.h"
@@ -41,6 +42,7 @@ int process(const std::uint8_t* /*data*/, std::uint32_t /*size*/, Loglist* logli
     const auto* row = std::find_if(std::begin(kFlows), std::end(kFlows), [](const FlowRow& flow) {
         return flow.format == g_file_format;
     });
+    begin_outputs();
     const auto run = row == std::end(kFlows) ? run_unknown : row->run;
     return close_run(run(loglist), loglist);
 }

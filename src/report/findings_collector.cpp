@@ -49,8 +49,14 @@ FindingsCollector::StreamState& FindingsCollector::stream_at(std::string_view na
     return state;
 }
 
+// The name of the stream stands beside each finding in most reports, so it counts each time.
+std::size_t FindingsCollector::size_of(const Place& place) const {
+    return streams_[place.stream].stream.name.size() + place.element.size() +
+           place.attribute.size() + place.text.size();
+}
+
 Finding& FindingsCollector::keep(const Place& place) {
-    bytes_ += place.element.size() + place.attribute.size() + place.text.size();
+    bytes_ += size_of(place);
     Finding& finding = findings_.emplace_back();
     finding.id = place.id;
     finding.stream = place.stream;
@@ -66,8 +72,7 @@ Finding& FindingsCollector::entry_of(const Place& place) {
         return *found->second;
     }
     MessageTexts& texts = messages_[{place.stream, place.id}];
-    const std::size_t size = place.element.size() + place.attribute.size() + place.text.size();
-    if (texts.kept < limits_.texts_of_a_message && bytes_ + size <= limits_.bytes) {
+    if (texts.kept < limits_.texts_of_a_message && bytes_ + size_of(place) <= limits_.bytes) {
         ++texts.kept;
         Finding& finding = keep(place);
         entries_.emplace(
@@ -141,7 +146,9 @@ void FindingsCollector::add_note(std::size_t stream, std::string_view text) {
         ++found->second->count;
         return;
     }
-    if (notes_.size() < limits_.notes) {
+    const std::size_t size = streams_[stream].stream.name.size() + text.size();
+    if (notes_.size() < limits_.notes && bytes_ + size <= limits_.bytes) {
+        bytes_ += size;
         note_index_.emplace(std::move(key),
                             &notes_.emplace_back(Note{stream, std::string(text), 1}));
     }

@@ -85,6 +85,7 @@ private:
 
     StreamState& stream_at(std::string_view name, std::size_t& index);
     Finding& entry_of(const Place& place);
+    [[nodiscard]] std::size_t size_of(const Place& place) const;
     Finding& keep(const Place& place);
     void add_note(std::size_t stream, std::string_view text);
 

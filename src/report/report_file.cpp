@@ -15,6 +15,7 @@
 #include <streambuf>
 
 #include "src/file_util/output_folder.h"
+#include "src/main/input_format.h"
 
 namespace mediasplit::report {
 
@@ -81,6 +82,28 @@ bool is_same_file(const struct stat& a, const std::string& path) {
     return ::stat(path.c_str(), &b) == 0 && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+// True if the name is one that the template of a numbered series gives.
+bool is_of_series(const std::string& name, const std::string& name_template) {
+    if (!input_is_template(name_template)) {
+        return false;
+    }
+    const auto plain = [](const std::string& path) {
+        return std::filesystem::path(path).lexically_normal().string();
+    };
+    const std::string all = plain(name_template);
+    const std::size_t begin = all.find('%');
+    const std::size_t end = all.find('d', begin) + 1;
+    const std::string path = plain(name);
+    const std::string_view head = std::string_view(all).substr(0, begin);
+    const std::string_view tail = std::string_view(all).substr(end);
+    if (path.size() <= head.size() + tail.size() || !path.starts_with(head) ||
+        !path.ends_with(tail)) {
+        return false;
+    }
+    const std::string number = path.substr(head.size(), path.size() - head.size() - tail.size());
+    return number.find_first_not_of("0123456789") == std::string::npos;
+}
+
 // Why the file can't take the report, or empty. Empties it.
 std::string prepare(int descriptor, const std::optional<std::string>& input) {
     struct stat status {};
@@ -125,6 +148,10 @@ std::optional<ReportFile> ReportFile::open(const std::string& path,
             return std::nullopt;
         }
         return ReportFile(descriptor);
+    }
+    if (input && is_of_series(path, *input)) {
+        error = "it is a file of the input";
+        return std::nullopt;
     }
     int descriptor = open_for_writing(path);
     if (descriptor < 0 && make_missing_folder(path, folder)) {

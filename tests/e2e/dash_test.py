@@ -87,6 +87,20 @@ class FolderTest(DashTest):
         self.split_local(two)
         self.assertEqual(self.outputs(), OUTPUTS)
 
+    def test_later_period_adds_to_the_files_of_an_earlier_one(self):
+        numbers = '<BaseURL>%s/</BaseURL><SegmentTemplate initialization="i.mp4" media="$Number$.m4s" duration="2"/>'
+        for folder in "p1", "p2":
+            os.mkdir(self.path("www", folder))
+            self.put(folder + "/i.mp4", initialization())
+            for i in 1, 2:
+                self.put("%s/%d.m4s" % (folder, i), segment(b"%s %d." % (folder.encode(), i)))
+        for ids in "xx", "xy":
+            first, second = (period(representation("a", numbers % folder), attributes='id="%s" start="PT0S" duration="PT4S"' % name)
+                             for folder, name in zip(("p1", "p2"), ids))
+            for _ in range(2):
+                self.split_local(manifest(first, second))
+                self.assertEqual(self.outputs(), {"stream_i_track_id_1.out.data": b"p1 1.p1 2.p2 1.p2 2."})
+
     def test_template_of_a_later_period_begins_at_its_start_in_milliseconds(self):
         two = manifest(period(representation("a"), attributes='id="x" duration="PT4S"'),
                        period(representation("b"), attributes='id="y" start="PT4S" duration="PT4S"'))

@@ -270,6 +270,17 @@ class ReportFileTest(InputTest):
         with open(CLIP, "rb") as file:
             self.assertEqual(self.read("clip.mp4"), file.read())
 
+    def test_file_of_a_series_is_not_overwritten(self):
+        self.write("s1.ts", b"of the series")
+        for path in ["s1.ts", "./s1.ts", "s02.ts"]:
+            with self.subTest(path):
+                self.assert_refused(self.run_report("-i", "s%d.ts", "-o", "out", "--report", path),
+                                    "it is a file of the input")
+        self.assertEqual(self.read("s1.ts"), b"of the series")
+        self.assertFalse(os.path.exists(self.path("s02.ts")))
+        self.run_report("-i", "s%d.ts", "-o", "out", "--report", "s.ts.json")
+        self.assertTrue(self.read("s.ts.json"))
+
     def test_stream_is_not_overwritten(self):
         self.run_program("-i", CLIP, "-o", "out")
         name = os.path.join("out", self.files("out")[0])

@@ -119,6 +119,14 @@ class InputTest(ProgramTest):
         self.expect(result, 1, out="Failed to demultiplex film.mp4\n",
                     err=error("Fail to open the file : film.mp4"))
 
+    def test_folder_as_playlist_or_manifest_fails_the_run(self):
+        for name in "list.m3u8", "stream.mpd":
+            with self.subTest(name):
+                os.mkdir(self.path(name))
+                result = self.run_program("-i", name, "-o", "out")
+                self.expect(result, 1, out="Failed to demultiplex %s\n" % name,
+                            err=error("Fail to open the file : %s" % name))
+
     def test_mp4_succeeds_and_tells_so_last(self):
         result = self.run_program("-i", CLIP, "-o", "out")
         self.expect(result, 0, err="")

@@ -21,8 +21,8 @@ struct MpdReading {
         status = parse_dash_data(text, nullptr, "test", &root, nullptr);
     }
     MpdReading& read(OptText filter = {}, std::int32_t period = kAllPeriods,
-                     OptText url = "http://host/dir/m.mpd") {
-        status = get_dash_info(&info, root.get(), url, period, filter, nullptr);
+                     OptText url = "http://host/dir/m.mpd", Loglist* loglist = nullptr) {
+        status = get_dash_info(&info, root.get(), url, period, filter, loglist);
         return *this;
     }
     MpdReading& play(OptText id, std::int32_t period = 0, OptText url = "http://host/dir/m.mpd") {

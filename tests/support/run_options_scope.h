@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "src/file_util/output_file.h"
 #include "src/log/loglist.h"
 #include "src/main/checkpoints.h"
 #include "src/records/run_options.h"
@@ -32,6 +33,7 @@ struct RunOptionsScope {
 
 // Sets what a run into the folder "out" begins with, and makes its collector.
 inline std::unique_ptr<Loglist> begin_run(FormatId format) {
+    begin_outputs();
     g_output_dir = "out";
     g_file_format = format;
     binary_checkpoint_init(g_check_point_num, g_checkpoint_list.data());

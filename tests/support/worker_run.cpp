@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <mutex>
 
+#include "src/file_util/output_file.h"
 #include "src/util/segments.h"
 #include "tests/support/mp4_builder.h"
 
@@ -75,6 +76,7 @@ TestClock::~TestClock() {
 }
 
 WorkerRun::WorkerRun() {
+    begin_outputs();
     constexpr std::array<CheckpointText, 3> kActive{{{"210000"}, {"310000"}, {"430000"}}};
     loglist_ = init_loglist(kActive.size(), kActive.data());
     const ListParams params{&osal_, 0};

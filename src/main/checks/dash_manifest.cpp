@@ -114,8 +114,8 @@ private:
         status_ |= check(components.has_value(), loglist_, 4362, where);
         const bool is_ac4 = is_ac4_codec(preselection.codecs);
         std::vector<std::uint32_t> numbers;
-        status_ |= get_all_adaptation_set_ids_from_preselection_components(components, numbers,
-                                                                           is_ac4, loglist_);
+        status_ |= get_all_adaptation_set_ids_from_preselection_components(
+            components, numbers, is_ac4, loglist_, preselection.ui_id);
         for (const std::uint32_t number : numbers) {
             if (is_ac4) {
                 status_ |= check(set_ids_.count(number) != 0, loglist_, 4355, where, number);

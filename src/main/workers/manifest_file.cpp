@@ -1,5 +1,7 @@
 #include "src/main/workers/manifest_file.h"
 
+#include <sys/stat.h>
+
 #include "src/file_util/path_names.h"
 #include "src/log/logging.h"
 #include "src/util/address.h"
@@ -8,10 +10,23 @@
 
 namespace mediasplit {
 
+namespace {
+
+bool is_folder(std::FILE* stream) {
+    struct stat info {};
+    return ::fstat(::fileno(stream), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+}  // namespace
+
 Status ManifestFile::open(const std::string& name, std::string_view stem, Loglist* loglist) {
     name_ = name;
     if (!is_url(name)) {
         stream_.reset(std::fopen(name.c_str(), "r"));
+        // The system opens folders, too, and gives no bytes of them.
+        if (stream_ != nullptr && is_folder(stream_.get())) {
+            stream_.reset();
+        }
         return stream_ == nullptr ? Logging_err_type_check(loglist, 4022, {}, name) : Status::kOk;
     }
     copy_ = createUniqueFileName(stem);

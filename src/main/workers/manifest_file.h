@@ -15,8 +15,8 @@ namespace mediasplit {
 class ManifestFile {
 public:
     // Opens the file at `name`; of an address a copy, whose own name begins with `stem`, is fetched
-    // first. The result of 4022 or 4021 if that can't be done. A copy that is gone again is no
-    // stream: its reader tells of that.
+    // first. The result of 4022, also for a folder, or of 4021 if that can't be done. A copy that
+    // is gone again is no stream: its reader tells of that.
     [[nodiscard]] Status open(const std::string& name, std::string_view stem, Loglist* loglist);
 
     // Opened for reading, or nullptr; belongs to this object.

@@ -148,7 +148,7 @@ Findings find_in_file(const EntryTrack& track, std::unique_ptr<Loglist> loglist)
 Findings find_in_dash(const EntryTrack& track, const AudioMpd& mpd,
                       std::unique_ptr<Loglist> loglist) {
     testing::MpdReading reading(mpd.text());
-    reading.read("2", 0);
+    reading.read("2", 0, "http://host/dir/m.mpd", loglist.get());
     const DashPeriodInfo& period = reading.info->periods.at(0);
     DashContext context;
     context.mpd = reading.info.get();

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "base/xml_tree.h"
 
@@ -131,6 +134,72 @@ TEST(XmlHostile, ManyDeclarationsAndAttributesAreRead) {
     const EzxmlPtr root = ezxml_parse_str(text + "/>");
     EXPECT_STREQ(ezxml_attr(root.get(), "b49999"), "x");
     EXPECT_STREQ(ezxml_attr(root.get(), "a49999"), "d");
+}
+
+// Would take very long if each declaration worked the entities out anew.
+TEST(XmlHostile, ManyDocumentTypesBehindManyEntitiesAreRead) {
+    std::string text = "<!DOCTYPE r [";
+    for (int i = 0; i < 10000; ++i) {
+        text += "<!ENTITY e" + std::to_string(i) + " 'x'>";
+    }
+    text += "]>";
+    for (int i = 0; i < 200000; ++i) {
+        text += "<!DOCTYPE a[]>";
+    }
+    const EzxmlPtr root = ezxml_parse_str(text + "<r>&e9999;</r>");
+    EXPECT_STREQ(ezxml_error(root.get()), "");
+    EXPECT_STREQ(root->txt, "x");
+}
+
+TEST(XmlHostile, SecondInternalSubsetEndsTheParsing) {
+    for (const char* text :
+         {"<!DOCTYPE r [<!ENTITY a 'x'>][]><r/>", "<!DOCTYPE r []><!DOCTYPE r [] []><r/>"}) {
+        const EzxmlPtr root = ezxml_parse_str(text);
+        EXPECT_TRUE(std::string_view(ezxml_error(root.get())).ends_with("missing >")) << text;
+        EXPECT_EQ(root->name, nullptr) << text;
+    }
+    EXPECT_STREQ(ezxml_error(ezxml_parse_str("<!DOCTYPE r SYSTEM '[][]' []><r/>").get()), "");
+}
+
+constexpr std::size_t kElements = 20000;
+
+// kElements elements "S", whose attribute "d" has a default of `size` characters.
+std::string document_with_default(std::size_t size) {
+    std::string text = "<!DOCTYPE r [<!ATTLIST S d CDATA '" + std::string(size, '1') + "'>]><r>";
+    for (std::size_t i = 0; i < kElements; ++i) {
+        text += "<S/>";
+    }
+    return text + "</r>";
+}
+
+// The lengths of the "d" of all elements "S".
+std::vector<std::size_t> lengths_of_defaults(const Ezxml* root) {
+    std::vector<std::size_t> lengths;
+    for (const Ezxml* node = ezxml_child(root, "S"); node != nullptr; node = node->next) {
+        if (const char* const value = ezxml_attr(node, "d"); value != nullptr) {
+            lengths.push_back(std::string_view(value).size());
+        }
+    }
+    return lengths;
+}
+
+TEST(XmlHostile, LongDefaultIsNotGivenToAllElements) {
+    const std::string text = document_with_default(100000);
+    const EzxmlPtr root = ezxml_parse_str(text);
+    const std::vector<std::size_t> lengths = lengths_of_defaults(root.get());
+    // Four times this document is less than a mebibyte, which is enough for ten.
+    EXPECT_EQ(lengths, std::vector<std::size_t>(10, 100000));
+    EXPECT_LE(lengths.size() * 100000, std::max<std::size_t>(1 << 20, 4 * text.size()));
+    EXPECT_EQ(ezxml_attr(ezxml_child(root.get(), "S"), "d"), nullptr) << "nor later";
+}
+
+TEST(XmlHostile, DefaultThatIsNotLongIsGivenToAllElements) {
+    for (const std::size_t size : {20U, 256U}) {
+        const EzxmlPtr root = ezxml_parse_str(document_with_default(size));
+        EXPECT_EQ(lengths_of_defaults(root.get()), std::vector<std::size_t>(kElements, size));
+    }
+    const EzxmlPtr root = ezxml_parse_str(document_with_default(257));
+    EXPECT_EQ(lengths_of_defaults(root.get()).size(), (std::size_t{1} << 20) / 257);
 }
 
 TEST(XmlHostile, ManyReferencesWithoutAnEndAreRead) {

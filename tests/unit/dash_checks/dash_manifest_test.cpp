@@ -182,10 +182,15 @@ TEST(BroadcastIds, ComponentsOfAc4AreLookedUp) {
     DashPeriodInfo period;
     period.adaptation_sets = {adaptation_set("1")};
     period.preselections = {preselection("1 x 2", "ac-4.02.01.00")};
+    period.preselections[0].ui_id = "period0-preselectionComponents1 x 2";
     EXPECT_EQ(validate(period), Status::kRuleBroken);
     ASSERT_EQ(sink.ids(), (std::vector<int>{4361, 4355}));
     EXPECT_NE(sink.reports()[0].text.find("The invalid id: x"), std::string::npos);
     EXPECT_NE(sink.reports()[1].text.find("[value: 2]"), std::string::npos);
+    for (const RecordedReport& report : sink.reports()) {
+        EXPECT_EQ(report.element, "period0-preselectionComponents1 x 2");
+        EXPECT_EQ(report.attribute, "preselectionComponents");
+    }
 }
 
 TEST(BroadcastIds, ComponentsOfOthersArent) {

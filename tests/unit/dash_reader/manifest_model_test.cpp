@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "src/log/catalogue_row.h"
+#include "src/log/loglist.h"
 #include "tests/support/mpd_reading.h"
 #include "tests/support/recording_sink.h"
 
@@ -466,6 +467,22 @@ TEST(Preselection, HoldsItsAttributesAndDescriptors) {
     EXPECT_EQ(all[1].ui_id, "period0-preselectionComponents4");
     EXPECT_FALSE(all[1].accessibility_2.scheme_id_uri);
     EXPECT_EQ(all[2].ui_id, "");
+}
+
+TEST(Preselection, IsKeptForOneRepresentationByTheBroadcastRulesAlone) {
+    MpdReading mpd(in_mpd("<Period><AdaptationSet>" + representation("r", "i") +
+                          "</AdaptationSet><Preselection id='1'/></Period>"));
+    const auto kept = [&mpd](OptText filter, const CheckpointText& rule) {
+        const auto loglist = init_loglist(1, &rule);
+        EXPECT_EQ(get_dash_info(&mpd.info, mpd.root.get(), "u", 0, filter, loglist.get()),
+                  Status::kOk);
+        return mpd.info->periods[0].preselections.size();
+    };
+    constexpr CheckpointText kOverTheTop{"310000"};
+    constexpr CheckpointText kBroadcast{"320000"};
+    EXPECT_EQ(kept("r", kOverTheTop), 0U);
+    EXPECT_EQ(kept("r", kBroadcast), 1U);
+    EXPECT_EQ(kept({}, kOverTheTop), 1U);
 }
 
 TEST(UiId, StandsInTheTreeAndIsCut) {

@@ -1,6 +1,7 @@
 // Whole manifests, as a run takes them.
 #include <algorithm>
 
+#include "src/file_util/output_file.h"
 #include "src/main/flows/flows.h"
 #include "src/records/run_options.h"
 #include "tests/support/run_options_scope.h"
@@ -27,6 +28,7 @@ protected:
     Status run(const std::string& input, const std::string& mpd) {
         add("stream.mpd", mpd);
         g_input = input;
+        begin_outputs();
         return run_dash(loglist_.get());
     }
     Status run_local(const std::string& mpd) { return run("stream.mpd", mpd); }
@@ -94,6 +96,16 @@ TEST_F(DashFlow, PeriodsArePlayedOneAfterTheOther) {
         });
     };
     EXPECT_LT(first_of("a_2.mp4"), first_of("b_init.mp4"));
+}
+
+TEST_F(DashFlow, LaterPeriodAddsToTheFilesOfAnEarlierOne) {
+    const std::string one = R"(<Period start="PT0S" duration="PT4S"><AdaptationSet>)" +
+                            representation("a") + "</AdaptationSet></Period>";
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(run_local("<MPD>" + one + one + "</MPD>"), Status::kOk);
+        EXPECT_EQ(outputs(), Names{kBoth[0]});
+        EXPECT_EQ(read_file("out/" + kBoth[0]), samples(1, 2) + samples(1, 2)) << i;
+    }
 }
 
 TEST_F(DashFlow, MissingInputIsReported) {

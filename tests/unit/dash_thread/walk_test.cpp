@@ -187,6 +187,39 @@ TEST_F(Walk, RangesOfOneFileAreSegments) {
     EXPECT_EQ(output(), samples(1, 2) + samples(1, 2));
 }
 
+TEST_F(Walk, FileThatInitializesItselfIsWrittenOnceByItsList) {
+    const std::string init = init_segment();
+    const std::string first = mp4_segment(1);
+    const std::string second = mp4_segment(2);
+    add("init.mp4", init + first + second);
+    const auto ranges = [&](const std::string& attributes) {
+        const std::size_t at = init.size() + first.size();
+        return "<SegmentURL " + attributes + R"(mediaRange=")" + std::to_string(init.size()) + "-" +
+               std::to_string(at - 1) + R"("/><SegmentURL )" + attributes + R"(mediaRange=")" +
+               std::to_string(at) + R"(-"/></SegmentList>)";
+    };
+    const std::string base = "<BaseURL>init.mp4</BaseURL>";
+    const std::string list = R"(<SegmentList duration="2">)";
+    play(manifest("", R"(duration="PT60S")", base + list + ranges("")));
+    EXPECT_EQ(ids(), Ids{});
+    EXPECT_EQ(output(), samples(1, 2));
+    // Told as a name, without a range.
+    play(manifest(
+        "", R"(duration="PT60S")",
+        list + R"(<Initialization sourceURL="init.mp4"/>)" + ranges(R"(media="init.mp4" )")));
+    EXPECT_EQ(ids(), Ids{});
+    EXPECT_EQ(output(), samples(1, 2) + samples(1, 2));
+}
+
+TEST_F(Walk, InitializationOfAFileOfItsOwnIsPlayedWhole) {
+    add_segments(1);
+    add("media.mp4", std::string(8, '\0') + mp4_segment(1));
+    play(manifest("", R"(duration="PT60S")",
+                  list(R"(<SegmentURL media="media.mp4" mediaRange="8-"/>)")));
+    EXPECT_EQ(ids(), Ids{});
+    EXPECT_EQ(output(), samples(1, 1));
+}
+
 TEST_F(Walk, RangeThatEndsBeforeItBeginsIsHarmless) {
     add_segments(1);
     const auto play_range = [this](const std::string& range) {

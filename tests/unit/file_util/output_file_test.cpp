@@ -136,9 +136,11 @@ TEST_F(OutputFileTest, RegistryCreatesAPathAnewOnceAndAddsToItAfterwards) {
     }
     EXPECT_EQ(read_file(path), "one two");
     EXPECT_EQ(read_file(other), "x");
-    // Another job has a record of its own.
-    OutputRegistry().open(path)->write(bytes_of("three"));
-    EXPECT_EQ(read_file(path), "three");
+    OutputRegistry().open(path)->write(bytes_of(" three"));
+    EXPECT_EQ(read_file(path), "one two three") << "by another job of the run";
+    begin_outputs();
+    OutputRegistry().open(path)->write(bytes_of("four"));
+    EXPECT_EQ(read_file(path), "four") << "by another run";
 }
 
 TEST_F(OutputFileTest, PathOfALivingRegistryIsRefusedToOthers) {
@@ -150,6 +152,7 @@ TEST_F(OutputFileTest, PathOfALivingRegistryIsRefusedToOthers) {
     EXPECT_EQ(sink_.count(4082), 1U);
     EXPECT_EQ(read_file(path), "first") << "closed or not, it stays with its job";
     first.reset();
+    begin_outputs();
     second.open(path)->write(bytes_of("second"));
     EXPECT_EQ(read_file(path), "second");
     EXPECT_EQ(sink_.count(4082), 1U);

@@ -329,6 +329,7 @@ TEST(Driver, NewRunCreatesTheFileAnew) {
     auto movie = movie_of({raw_track(1, {{1, 1}, {2, 2}})});
     DemuxRun run;
     for (int i = 0; i < 2; ++i) {
+        begin_outputs();
         EXPECT_EQ(run.walk(mp4::plain_file(movie)), Status::kOk);
         EXPECT_EQ(run.finish(), Status::kOk);
         EXPECT_EQ(run.output("in_track_id_1.out.ac3"), (Bytes{1, 1, 2, 2}));

@@ -76,6 +76,22 @@ TEST(Ec3Sample, SecondFrameOfTheSamplesBelongsToTheSameAnalysis) {
     EXPECT_EQ(outcome.failures, 3U);
 }
 
+// Each of these samples names its dependent substream again, which refuses it; the count of them
+// must not lead behind the eight that are kept.
+TEST(Ec3Sample, DependentsThatComeAgainStayWithinTheirList) {
+    Eac3Spec spec;
+    spec.strmtyp = 1;
+    spec.chanmap = 0x1A00;
+    const Bytes dependent = build_eac3_frame(spec);
+    std::vector<Bytes> samples(82, dependent);
+    samples.front() = mp4::join({frame(), dependent});
+    samples.back().clear();
+    testing::internal::CaptureStderr();
+    const Outcome outcome = split(samples);
+    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(outcome.bytes, mp4::join(samples));
+}
+
 TEST(Ec3Sample, NextWalkBeginsItsAnalysisAnew) {
     Eac3Spec low;
     low.fscod = 2;

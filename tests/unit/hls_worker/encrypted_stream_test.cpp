@@ -3,6 +3,7 @@
 
 #include <functional>
 
+#include "src/file_util/output_file.h"
 #include "tests/support/encrypted_track.h"
 #include "tests/unit/hls_worker/stream_run.h"
 
@@ -204,6 +205,7 @@ TEST_F(EncryptedStream, OtherKeyAddressesAndMethodsAreNotLookedAt) {
          {"#EXT-X-KEY:METHOD=AES-128,URI=\"http://127.0.0.1:1/key\"\n", "#EXT-X-KEY:METHOD=NONE\n",
           "#EXT-X-KEY:METHOD=SAMPLE-AES,URI=\"k\"\n"}) {
         outputs_ = StreamOutputs{};
+        begin_outputs();
         follow_local(tag + add_presentation("a", movie_of(schemes()[0])));
         EXPECT_EQ(data("a_init"), clear_samples()) << tag;
     }

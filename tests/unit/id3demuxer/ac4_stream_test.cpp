@@ -145,6 +145,8 @@ TEST(Ac4Stream, LargestFrameOf24BitsIsPassedOver) {
     (void)run.stream(parse_es_stream_ac4, joined({stereo(), frame, stereo()}));
     EXPECT_EQ(run.sink.count(4490), 0U);
     EXPECT_EQ(run.output("stream.out"), repeated(stereo(), 2));
+    EXPECT_EQ(run.sink.notes(),
+              std::vector<std::string>{"An AC-4 frame was not written: it is larger than 2 MiB."});
 }
 
 TEST(Ac4Stream, FramesOfOneMebibyteAreReadInFull) {

@@ -198,6 +198,9 @@ TEST(PackedAudio, UnknownAudioIsNoErrorDeliberately) {
         EXPECT_EQ(run.segment(joined({id3_tag(1), sync, Bytes(50, 0)})), Status::kOk);
         EXPECT_EQ(run.sink.ids(), std::vector<int>{12});
         EXPECT_TRUE(run.output_names().empty());
+        EXPECT_EQ(run.sink.notes(), std::vector<std::string>{
+                                        "A segment of packed audio was passed over: it holds none "
+                                        "of AC-3, E-AC-3, AAC and AC-4."});
     }
 }
 

@@ -86,6 +86,46 @@ TEST_F(Hostile, EveryBitOfAFullHeaderFlipped) {
     expect_still_good();
 }
 
+// The time slice under way outlives a block that was refused, and so do its dependent substreams.
+TEST_F(Hostile, DependentsThatComeAgainOverManyBlocksFillTheListAndNoMore) {
+    Eac3Spec spec;
+    spec.strmtyp = 1;
+    spec.chanmap = 0x1A00;
+    const Bytes dependent = build_eac3_frame(spec);
+    ExpectText quiet;
+    expect_survives(join({good, dependent}));
+    for (int i = 0; i < 100; ++i) {
+        expect_survives(dependent);
+    }
+    OapEsInfo info;
+    EXPECT_LT(oap_es_parser(good.data(), 0, parser.get(), &info), 2);
+    EXPECT_EQ(info.num_programs, 1U);
+    EXPECT_EQ(info.program[0].num_dependent, 8U);
+}
+
+TEST_F(Hostile, ComplianceLinesOfManySmallBlocksEnd) {
+    parser->disp_flags = kDefaultDispFlags;
+    Eac3Spec spec;
+    spec.words = 64;
+    spec.fscod = 2;  // breaks a rule
+    std::vector<Bytes> blocks;
+    for (const unsigned acmod : {1U, 2U}) {
+        spec.acmod = acmod;
+        blocks.push_back(build_eac3_frame(spec));
+    }
+    constexpr std::size_t kBlocks = 20'000;
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    for (std::size_t i = 0; i < kBlocks; ++i) {
+        expect_survives(blocks[i % 2]);
+    }
+    const std::string lines = testing::internal::GetCapturedStdout();
+    const std::string warnings = testing::internal::GetCapturedStderr();
+    EXPECT_GT(lines.size(), 100'000U);
+    EXPECT_LT(lines.size(), kReportAnyway + kReportShare * kBlocks * 128);
+    EXPECT_LE(count_of(warnings, "Further compliance lines of this stream are left out"), 1U);
+}
+
 TEST_F(Hostile, EveryByteOfAnAc3HeaderChanged) {
     Ac3Spec spec;
     spec.frmsizecod = 0;

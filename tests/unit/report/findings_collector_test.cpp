@@ -218,6 +218,22 @@ TEST(FindingsCollector, TextsAreKeptWithinTheirBytes) {
     EXPECT_EQ(report.findings[1].count, 2U);
 }
 
+// Reports name the stream beside each finding, so a long name counts as often.
+TEST(FindingsCollector, NameOfTheStreamCountsForEachOfItsTexts) {
+    CollectorLimits limits;
+    limits.bytes = 10'000;
+    FindingsCollector collector(limits);
+    const std::string name(1000, 'n');
+    for (int i = 10; i < 60; ++i) {
+        raise(4303, "text no " + std::to_string(i), collector, name);
+    }
+    const FindingsReport report = collector.take_report("", false);
+    // Nine times 1,010 bytes, and the tenth would pass 10,000.
+    ASSERT_EQ(report.findings.size(), 10U);
+    EXPECT_TRUE(report.findings[9].stands_for_more);
+    EXPECT_EQ(report.findings[9].count, 41U);
+}
+
 TEST(FindingsCollector, FurtherNotesAreDropped) {
     CollectorLimits limits;
     limits.notes = 2;

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "src/file_util/output_file.h"
 #include "src/main/flows/flows.h"
 #include "src/records/run_options.h"
 #include "tests/support/run_options_scope.h"
@@ -63,6 +64,7 @@ protected:
     Ids run(const std::string& input = "master.m3u8", bool fails = false) {
         sink_.clear();
         g_input = input;
+        begin_outputs();
         EXPECT_EQ(has_failed(run_hls(loglist_.get())), fails);
         Ids found = sink_.ids();
         std::erase_if(found, [this](int id) {

@@ -44,6 +44,20 @@ TEST_F(Worker, MissingLocalPlaylistIsReported) {
     EXPECT_TRUE(has_end_record());
 }
 
+TEST_F(Worker, FolderInPlaceOfThePlaylistOrManifestIsReported) {
+    std::filesystem::create_directory("list.m3u8");
+    for (const FormatId format : {FormatId::kHls, FormatId::kDash}) {
+        sink_.clear();
+        job_.format = static_cast<std::int32_t>(format);
+        job_.status = Status::kOk;
+        run("list.m3u8");
+        ASSERT_EQ(sink_.ids(), Ids{4022});
+        EXPECT_EQ(sink_.reports()[0].text, "Fail to open the file : list.m3u8");
+        EXPECT_EQ(job_.status, Status::kFailed);
+        EXPECT_TRUE(has_end_record());
+    }
+}
+
 TEST_F(Worker, MissingAddressIsReported) {
     run(server_.url("/none.m3u8"));
     EXPECT_EQ(sink_.ids(), (Ids{2054, 4021}));
