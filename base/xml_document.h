@@ -4,11 +4,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "base/xml_tree.h"
@@ -21,7 +21,7 @@ struct EzxmlExtra {
     std::vector<std::unique_ptr<char[]>> owned;
     std::vector<const char*> attributes;
     // First child of each name; kept only once there are many names.
-    std::unique_ptr<std::unordered_map<std::string_view, Ezxml*>> by_name;
+    std::unique_ptr<std::map<std::string_view, Ezxml*>> by_name;
     Ezxml* last_first_of_name = nullptr;  // end of the `sibling` chain, kept with `by_name`
 };
 
@@ -39,7 +39,7 @@ struct XmlAttributeDeclaration {
     std::optional<std::string> default_value;
 };
 
-using XmlElementDeclaration = std::unordered_map<std::string_view, XmlAttributeDeclaration>;
+using XmlElementDeclaration = std::map<std::string_view, XmlAttributeDeclaration>;
 
 struct EzxmlDocument {
     EzxmlDocument();
@@ -50,8 +50,8 @@ struct EzxmlDocument {
     const char* const* keep_attributes(const std::vector<const char*>& texts);
 
     std::string buffer;
-    std::unordered_map<std::string_view, XmlEntity> entities;
-    std::unordered_map<std::string_view, XmlElementDeclaration> elements;
+    std::map<std::string_view, XmlEntity> entities;
+    std::map<std::string_view, XmlElementDeclaration> elements;
     std::uint64_t expanded = 0;   // charged by entities so far
     std::uint64_t defaulted = 0;  // charged by long defaults so far
     std::array<char, 128> error{};

@@ -1,6 +1,8 @@
 #include "base/xml_tree.h"
 
 #include <algorithm>
+#include <cstring>
+#include <map>
 
 #include "base/xml_document.h"
 
@@ -20,13 +22,20 @@ std::string_view name_of(const Ezxml& node) {
     return node.name == nullptr ? std::string_view{} : std::string_view(node.name);
 }
 
+// Looks no further than the names differ: one may be very long, and looked at very often.
+bool has_name(const Ezxml& node, std::string_view name) {
+    return node.name == nullptr ? name.empty()
+                                : std::strncmp(node.name, name.data(), name.size()) == 0 &&
+                                      node.name[name.size()] == '\0';
+}
+
 bool has_index(const Ezxml& parent) {
     return parent.extra && parent.extra->by_name;
 }
 
 void build_index(Ezxml& parent) {
     EzxmlExtra& extra = extra_of(parent);
-    extra.by_name = std::make_unique<std::unordered_map<std::string_view, Ezxml*>>();
+    extra.by_name = std::make_unique<std::map<std::string_view, Ezxml*>>();
     for (Ezxml* first = parent.child; first != nullptr; first = first->sibling) {
         extra.by_name->emplace(name_of(*first), first);
         extra.last_first_of_name = first;
@@ -63,7 +72,7 @@ Ezxml* find_first_of_name(const Ezxml& parent, std::string_view name) {
         return found == parent.extra->by_name->end() ? nullptr : found->second;
     }
     Ezxml* node = parent.child;
-    while (node != nullptr && name_of(*node) != name) {
+    while (node != nullptr && !has_name(*node, name)) {
         node = node->sibling;
     }
     return node;

@@ -7,6 +7,7 @@ namespace {
 
 constexpr std::uint32_t kMostConfig = 31;
 constexpr std::uint32_t kMostPresentationId = 510;
+constexpr std::uint32_t kMostVersion = 1U << 16;  // a unary number: any would be taken, up to here
 constexpr std::uint32_t kMostGroupsInConfig5 = 8;
 constexpr std::int32_t kConfigCoded = 5;
 
@@ -33,11 +34,11 @@ std::int32_t read_config(TocParser& parser) {
 }
 
 std::int32_t read_presentation_version(TocParser& parser) {
-    std::int32_t version = 0;
-    while (read_flag(parser.in)) {
+    std::uint32_t version = 0;
+    while (version <= kMostVersion && read_flag(parser.in)) {
         ++version;
     }
-    return version;
+    return static_cast<std::int32_t>(limited(parser, version, kMostVersion));
 }
 
 // What both forms of a presentation start with. False for one that has EMDF substreams and nothing

@@ -63,7 +63,7 @@ struct Ac4TocReader {
 
     // From frame to frame.
     AC4_ANALYZE_ac4_brcalc_state rate_state;
-    std::int32_t sequence_counter = 0;
+    std::uint32_t sequence_counter = 0;
     BitRateMode bit_rate_mode = BitRateMode::kNone;
 
     // Positions, 0 for unknown.

@@ -20,7 +20,7 @@ TocParser read_head(Ac4TocReader* reader) {
     if (parser_ok(parser)) {
         reader->head = parser.head;
         reader->bit_rate_mode = parser.head.bit_rate_mode;
-        reader->sequence_counter = parser.head.sequence_counter;
+        reader->sequence_counter = static_cast<std::uint32_t>(parser.head.sequence_counter);
     } else {
         ++reader->sequence_counter;
     }

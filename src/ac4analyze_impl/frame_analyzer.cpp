@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <limits>
 
 #include "src/ac4analyze_impl/presentation_analysis.h"
 
@@ -82,7 +83,9 @@ void track_iframes(Ac4Analyzer* analyzer, AnalysisRecord* result) {
         analyzer->last_iframe_distance = analyzer->frames_since_iframe;
         analyzer->frames_since_iframe = 1;
     } else {
-        ++analyzer->frames_since_iframe;
+        // Frames placed over one another may be any number.
+        constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+        analyzer->frames_since_iframe = std::min(analyzer->frames_since_iframe, kMost - 1) + 1;
     }
     result->frames_since_iframe = analyzer->frames_since_iframe;
     result->last_iframe_distance = analyzer->last_iframe_distance;

@@ -1,7 +1,7 @@
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 #include "src/dash_reader/dash_reader.h"
@@ -59,8 +59,8 @@ public:
 private:
     DashPeriodInfo& period_;
     OptText filter_;
-    std::unordered_map<std::string, std::size_t> by_init_{};
-    std::unordered_set<std::string> ids_{};
+    std::map<std::string, std::size_t> by_init_{};
+    std::set<std::string> ids_{};
 };
 
 Status read_adaptation_set(Ezxml* node, std::int32_t own_index, const SegmentLevel& period_level,

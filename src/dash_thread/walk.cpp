@@ -19,18 +19,28 @@ constexpr double kMillisecondsPerSecond = 1000.0;
 constexpr double kLeastRound = 100.0;          // milliseconds
 constexpr double kAlmostNothing = 0.00000001;  // seconds
 constexpr double kLongestWait = 2147483647.0;  // milliseconds
+constexpr std::uint64_t kMostRepeats = 1000;   // of one address, one after the other
 
 // Ends a walk that nothing else ends: one that hands out the same address again and again, or
-// numbered segments without any duration, which never fill the time that is to be played.
+// numbered segments without any duration, which never fill the time that is to be played. A segment
+// of a few bytes may be told for a time without practical end, so its repeats are counted, too.
 class EndlessWalkGuard {
 public:
     // Tells of a media segment just played. True if the walk must end.
     bool played(const DashPlayer& player, const std::string& address, double played_before) {
-        if (player.segment_type != SegmentElementType::kTemplate || ends_by_itself(player)) {
+        if (player.segment_type != SegmentElementType::kTemplate) {
             return false;
         }
         const bool is_repeated = address == previous_;
         previous_ = address;
+        repeats_ = is_repeated ? repeats_ + 1 : 0;
+        if (repeats_ == kMostRepeats) {
+            note_remark("A segment that the manifest names again and again was left.");
+            return true;
+        }
+        if (ends_by_itself(player)) {
+            return false;
+        }
         const bool adds_time = player.played_ms > played_before;
         const std::optional<double> limit = limit_of(player);
         if (is_repeated && !(adds_time && limit)) {
@@ -61,6 +71,7 @@ private:
     }
 
     std::string previous_;
+    std::uint64_t repeats_ = 0;
     std::uint64_t empty_segments_ = 0;
     double told_ms_ = 0;  // of segments without samples, by the manifest
 };

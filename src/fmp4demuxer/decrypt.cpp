@@ -1,12 +1,25 @@
 #include "src/fmp4demuxer/decrypt.h"
 
 #include <algorithm>
+#include <array>
 
 namespace mediasplit {
 namespace {
 
 Status from_library(int result) {
     return result == 0 ? Status::kOk : Status::kFailed;
+}
+
+// The library fills its tables at the first key of all, and takes no lock for it: two workers must
+// not do that side by side. Each direction has tables of its own.
+bool fill_tables() {
+    constexpr std::array<std::uint8_t, kAesBlockSize> kKey{};
+    mbedtls_aes_context aes;
+    mbedtls_aes_init(&aes);
+    const bool filled = mbedtls_aes_setkey_enc(&aes, kKey.data(), 128) == 0 &&
+                        mbedtls_aes_setkey_dec(&aes, kKey.data(), 128) == 0;
+    mbedtls_aes_free(&aes);
+    return filled;
 }
 
 bool nothing_to_do(std::size_t length, const std::uint8_t* input, const std::uint8_t* output) {
@@ -43,6 +56,8 @@ std::unique_ptr<DecryptContext> decrypt_aes_create(std::uint32_t mode, const std
     if (key == nullptr || key_size > 32 || (mode != kDecryptModeCbc && mode != kDecryptModeCtr)) {
         return nullptr;
     }
+    static const bool tables_are_filled = fill_tables();
+    static_cast<void>(tables_are_filled);
     auto context = std::make_unique<DecryptContext>();
     context->mode = mode;
     const auto key_bits = static_cast<unsigned int>(key_size * 8);

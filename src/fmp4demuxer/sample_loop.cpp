@@ -18,6 +18,11 @@
 namespace mediasplit {
 namespace {
 
+// Of the walk's budget of this many times a file's bytes, each sample takes as much as a byte has
+// at the least: samples that aren't placed over one another have a byte each.
+constexpr std::uint64_t kMostReadings = 64;
+constexpr std::uint64_t kLeastCost = kMostReadings;
+
 // What a broken sample prints, about: two lines of a unit, or the lines of an E-AC-3 frame's rules.
 constexpr std::uint64_t kReportedBytes = 200;
 constexpr std::uint64_t kReportedEac3Bytes = 1500;
@@ -49,7 +54,6 @@ public:
             size < 0 ? std::numeric_limits<std::int64_t>::max() : static_cast<std::uint64_t>(size);
         // Tables may place samples over one another. A walk that comes to this many times a file's
         // bytes serves no track any more; it would only fill the disk.
-        constexpr std::uint64_t kMostReadings = 64;
         budget_ = file_size_ > std::numeric_limits<std::int64_t>::max() / kMostReadings
                       ? std::numeric_limits<std::uint64_t>::max()
                       : file_size_ * kMostReadings + kInputBlockSize;
@@ -145,7 +149,7 @@ private:
             return {};
         }
         const std::uint64_t size = std::min<std::uint64_t>(sample.size, file_size_ - sample.offset);
-        spend(size);
+        spend(std::max(size, kLeastCost));
         const bool encrypted = needs_decryption(demuxer_, stream);
         if (!encrypted) {
             if (const auto view = read_view(size, file_); !view.empty()) {

@@ -11,11 +11,15 @@ namespace {
 // never of the one size that it passes over.
 constexpr std::uint64_t kPiece = kInputBlockSize / 4;
 
-std::uint64_t read_number(InputFile& file, std::size_t width) {
+// A number of `width` bytes, zeros for those that the file doesn't have. `ended`, if it isn't null,
+// is set where nothing of it came.
+std::uint64_t read_number(InputFile& file, std::size_t width, bool* ended = nullptr) {
     std::array<std::uint8_t, 8> bytes{};
     std::span<const std::uint8_t> view = read_view(width, file);
     if (view.empty()) {
-        ReadBytes(bytes.data(), width, file);
+        if (ReadBytes(bytes.data(), width, file) == 0 && ended != nullptr) {
+            *ended = true;
+        }
         view = std::span<const std::uint8_t>(bytes).first(width);
     }
     std::uint64_t value = 0;
@@ -48,8 +52,11 @@ PayloadReader::PayloadReader(InputFile& file, std::int64_t size)
 
 std::uint64_t PayloadReader::number(std::size_t width) {
     if (left_ >= width) [[likely]] {
-        left_ -= width;
-        return read_number(*file_, width);
+        bool ended = false;
+        const std::uint64_t value = read_number(*file_, width, &ended);
+        // The payload of a cut file ends with the file, whatever size its box or its range tells.
+        left_ = ended ? 0 : left_ - width;
+        return value;
     }
     const std::size_t there = static_cast<std::size_t>(left_);
     left_ = 0;

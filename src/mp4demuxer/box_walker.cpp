@@ -168,9 +168,10 @@ private:
             return Next::kParentEnds;
         }
         node.size = header.payload();
-        const auto end = static_cast<std::int64_t>(CurrentOffset(*file_)) + header.payload();
+        const std::uint64_t end =
+            CurrentOffset(*file_) + static_cast<std::uint64_t>(header.payload());
         result_ |= dispatch(*demuxer_, *file_, node, tree_, index_++);
-        move_by(end - static_cast<std::int64_t>(CurrentOffset(*file_)), *file_);
+        move_by(static_cast<std::int64_t>(end - CurrentOffset(*file_)), *file_);
         left_ -= header.size;
         if (is_out_of_range(left_)) {
             print_line("The remained data size in box [%s] is invalid: %" PRId64 "\n",

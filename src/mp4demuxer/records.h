@@ -5,12 +5,12 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -39,10 +39,11 @@ constexpr std::uint32_t fourcc(const char (&text)[5]) {
     return code;
 }
 
-// How many children of each type a box has had. Linear in few types, hashed beyond.
+// How many children of each type a box has had. Linear in few types, ordered beyond (types
+// can be chosen to collide in a hashed table).
 struct SiblingCounts {
     std::vector<std::pair<std::uint32_t, std::uint32_t>> few;
-    std::unordered_map<std::uint32_t, std::uint32_t> many;
+    std::map<std::uint32_t, std::uint32_t> many;
 
     // Counts one more box of the type; returns how many there were before it.
     std::uint32_t add(std::uint32_t type);
@@ -110,7 +111,7 @@ struct BrandRecord {
     std::uint32_t minor_version = 0;
     std::uint32_t num_compat_brands = 0;
     std::vector<std::uint32_t> compat_brands;
-    std::unordered_set<std::uint32_t> listed;  // what compat_brands holds
+    std::set<std::uint32_t> listed;  // what compat_brands holds
 };
 
 // Marks of Mp4Stream::marks.
@@ -194,7 +195,7 @@ struct SampleCursors {
         std::uint64_t first_sample = 0;  // of the row
         std::uint32_t sum32 = 0;         // deltas of all rows before it, in 32 bits
         std::uint64_t sum64 = 0;         // and in 64
-    } time, composition;
+    } time, composition, behind;         // `behind`: of looks back at times
     struct Sync {
         std::uint32_t row = 0;
         std::uint64_t number = 0;  // the last one looked for

@@ -209,9 +209,8 @@ std::uint32_t get_sample_duration(const Mp4Stream& stream, std::uint32_t sample_
         return 0;
     }
     // A look back leaves the cursor of the walk alone: writers ask for sample 0 again and again.
-    SampleCursors::Run behind;
     const bool looks_back = sample_index < stream.cursors.time.first_sample;
-    SampleCursors::Run& at = looks_back ? behind : stream.cursors.time;
+    SampleCursors::Run& at = looks_back ? stream.cursors.behind : stream.cursors.time;
     find_run(stream.stts, rows, sample_index, at);
     return load_u32(stream.stts, at.row * kSttsRow + 4);
 }

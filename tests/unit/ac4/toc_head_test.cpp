@@ -169,7 +169,7 @@ TEST_F(TocHeadTest, FailedParseCountsTheSequenceUpAndKeepsTheRecord) {
     const TocInfo before = toc_;
     ASSERT_EQ(feed(Ac4Bytes{0xC0, 0, 0, 0}), 0);
     EXPECT_EQ(AC4_ANALYZE_ac4toc_reader_get_toc_info(reader_, &toc_), 3);
-    EXPECT_EQ(reader_->sequence_counter, 701);
+    EXPECT_EQ(reader_->sequence_counter, 701U);
     EXPECT_EQ(reader_->head.bitstream_version, 2);
     EXPECT_EQ(toc_.sequence_counter, before.sequence_counter);
 }

@@ -293,6 +293,14 @@ TEST_F(TocPresentationTest, ConfigAndGroupCountHaveLimits) {
     EXPECT_EQ(presentation(0).n_substream_groups_declared, 9);
 }
 
+TEST_F(TocPresentationTest, VersionHasALimit) {
+    BuildFrame frame = simple_stereo_frame();
+    frame.presentations[0].version = 1U << 16;
+    EXPECT_EQ(open_frame(frame), 0);
+    frame.presentations[0].version = (1U << 16) + 1;
+    EXPECT_EQ(open_frame(frame), 2);
+}
+
 TEST_F(TocPresentationTest, EmdfOnlyPresentationHasNothingElse) {
     BuildFrame frame = simple_stereo_frame();
     BuildPresentation emdf_only;

@@ -207,6 +207,19 @@ TEST_F(FrameAnalyzerTest, IframeDistancesAreCounted) {
     }
 }
 
+TEST_F(FrameAnalyzerTest, IframeDistanceStaysAtItsLargest) {
+    BuildFrame frame = simple_stereo_frame();
+    frame.sequence_counter = 1;
+    ASSERT_EQ(analyze(frame), 0);
+    analyzer_->frames_since_iframe = std::numeric_limits<std::int32_t>::max() - 1;
+    frame.iframe = false;
+    for (std::uint32_t i = 2; i < 4; ++i) {
+        frame.sequence_counter = i;
+        ASSERT_EQ(analyze(frame), 0);
+        EXPECT_EQ(record_->frames_since_iframe, std::numeric_limits<std::int32_t>::max());
+    }
+}
+
 TEST_F(FrameAnalyzerTest, OldBitstreamVersionsKeepTheirDialnorm) {
     for (const std::uint32_t version : {0U, 1U}) {
         BuildFrame frame;

@@ -87,6 +87,22 @@ TEST(XmlHostile, NestingIsBoundedByMemoryOnly) {
 }
 
 // Would take minutes if a child were found by walking its siblings.
+TEST(XmlHostile, ManySiblingsBesideVeryLongNamesAreRead) {
+    std::string text = "<r>";
+    for (const char first : {'a', 'b', 'c', 'd', 'e', 'f'}) {
+        text += "<" + std::string(200'000, first) + "/>";
+    }
+    for (int i = 0; i < 300'000; ++i) {
+        text += "<q/>";
+    }
+    const EzxmlPtr root = ezxml_parse_str(text + "</r>");
+    std::size_t count = 0;
+    for (const Ezxml* node = ezxml_child(root.get(), "q"); node != nullptr; node = node->next) {
+        ++count;
+    }
+    EXPECT_EQ(count, 300'000U);
+}
+
 TEST(XmlHostile, ManySiblingsOfOneNameAreRead) {
     std::string text = "<r>";
     for (int i = 0; i < 300000; ++i) {

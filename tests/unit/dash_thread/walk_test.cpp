@@ -315,6 +315,19 @@ TEST_F(Walk, AddressThatRepeatsWithADurationIsPlayedTwiceAtMost) {
                             sample_text(0) + sample_text(0));
 }
 
+TEST_F(Walk, AddressThatRepeatsWithoutPracticalEndIsLeft) {
+    add("init.mp4", init_segment());
+    add("s.mp4", mp4_segment(0));
+    const std::string start = R"(<SegmentTemplate initialization="init.mp4" media="s.mp4")";
+    const std::size_t one = sample_text(0).size();
+    play(manifest("", R"(duration="P99999Y")", start + R"( duration="2"/>)"));
+    EXPECT_EQ(output().size(), 1001 * one);
+    play(manifest("", R"(duration="P99999Y")",
+                  start + R"(><SegmentTimeline><S d="1" r="16000000"/></SegmentTimeline>
+                            </SegmentTemplate>)"));
+    EXPECT_EQ(output().size(), 2 * 1001 * one);
+}
+
 TEST_F(Walk, TimelineOfOutsizedRepeatsIsNotPlayedForEver) {
     add("init.mp4", init_segment());
     add("s.mp4", mp4_segment(0));

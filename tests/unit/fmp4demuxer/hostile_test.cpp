@@ -184,6 +184,44 @@ TEST(HostileSamples, BrokenUnitsOfOverlaidChunksDoNotFloodTheErrorStream) {
     EXPECT_EQ(run.sink.notes().size(), 1U);
 }
 
+// A box that a byte range lets be larger than the file by far: it ends with the file.
+TEST(HostileSamples, RangeBehindTheEndIsNotReadForEver) {
+    const Bytes file = mp4::join({mp4::u32(8), mp4::text("styp"), mp4::u32(0), mp4::text("trak"),
+                                  mp4::u32(0), mp4::text("esds")});
+    SegmentSlot slot;
+    slot.kind = kSlotInitialization;
+    slot.byte_range = std::make_unique<ByteRangeText>();
+    slot.byte_range->offset = "0";
+    slot.byte_range->length = "4000000000";
+    DemuxRun run;
+    ::testing::internal::CaptureStdout();
+    static_cast<void>(run.walk(file, &slot));
+    ::testing::internal::GetCapturedStdout();
+    ASSERT_NE(run.demuxer(), nullptr);
+    EXPECT_EQ(run.demuxer()->streams.size(), 1U);
+}
+
+TEST(HostileSamples, SamplesOfFewBytesOverOneAnotherEnd) {
+    constexpr std::uint32_t kChunks = 1000;
+    mp4::MovieSpec movie;
+    movie.tracks = {aac_track(1, std::vector<mp4::SampleSpec>(kChunks, sample({0xFF})))};
+    Bytes file = mp4::plain_file(movie);
+    patch_box(file, "stts", 8, kChunks * kChunks);
+    patch_box(file, "stsc", 12, kChunks);
+    patch_box(file, "stsz", 4, 1);
+    patch_box(file, "stsz", 8, kChunks * kChunks);
+    const auto data = std::search(file.begin(), file.end(), "mdat", "mdat" + 4) + 4;
+    for (std::uint32_t row = 0; row < kChunks; ++row) {
+        patch_box(file, "stco", 8 + 4 * row, static_cast<std::uint32_t>(data - file.begin()));
+    }
+    DemuxRun run;
+    static_cast<void>(run.walk(file));
+    static_cast<void>(run.finish());
+    // Each takes at least 64 of 64 times the file's bytes and 1 MiB.
+    EXPECT_LE(run.output("in_track_id_1.out.aac")->size(),
+              8 * (file.size() + kInputBlockSize / 64 + 1));
+}
+
 TEST(HostileSamples, AnyTwoLengthBytesAreSurvived) {
     ::testing::internal::CaptureStderr();
     for (unsigned first = 0; first < 256; first += 51) {

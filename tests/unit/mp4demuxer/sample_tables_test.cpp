@@ -417,6 +417,18 @@ TEST(SampleLookup, LookBackAtADurationLeavesTheWalkWhereItIs) {
     EXPECT_EQ(result.stream().cursors.time.row, 900U);
 }
 
+// Empty rows ahead of the walk are passed once for all looks back, and not for each.
+TEST(SampleLookup, LooksBackPassEmptyRowsOnce) {
+    Rows rows(262'140, std::vector<std::uint32_t>{0, 1});
+    rows.push_back({1, 40});
+    rows.push_back({1, 50});
+    const WalkResult result = walk_and_listen(movie_of({table_box("stts", rows)}));
+    EXPECT_EQ(get_sample_dts(result.stream(), 1), 40U);
+    for (int i = 0; i < 200'000; ++i) {
+        ASSERT_EQ(get_sample_duration(result.stream(), 0), 40U);
+    }
+}
+
 TEST(SampleLookup, WalksTwoMillionSamplesOnce) {
     constexpr std::uint32_t kSamples = 2000000;
     Bytes sizes = join({u32(0), u32(0), u32(kSamples)});
