@@ -24,9 +24,9 @@ std::string_view name_of(const Ezxml& node) {
 
 // Looks no further than the names differ: one may be very long, and looked at very often.
 bool has_name(const Ezxml& node, std::string_view name) {
-    return node.name == nullptr ? name.empty()
-                                : std::strncmp(node.name, name.data(), name.size()) == 0 &&
-                                      node.name[name.size()] == '\0';
+    return node.name == nullptr
+               ? name.empty()
+               : std::string_view(node.name, ::strnlen(node.name, name.size() + 1)) == name;
 }
 
 bool has_index(const Ezxml& parent) {
